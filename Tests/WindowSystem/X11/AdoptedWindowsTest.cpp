@@ -1,4 +1,4 @@
-// Windows of other programs that the back end adopts.
+// The back end adopts windows of other programs.
 #include <gmock/gmock.h>
 
 #include <limits>
@@ -36,7 +36,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
   EXPECT_FALSE(adoptedWindow.hasFocus);
 }
 
-TEST_F(X11AdoptedWindows, AWindowWhoseChildHasTheFocusIsAdoptedAsFocused) {
+TEST_F(X11AdoptedWindows, AnAdoptedWindowHasTheFocusIfItsChildHasTheFocus) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const xcb_window_t child = client.makeWindow({0, 0, 10, 10}, 0, game);
   client.map(child);
@@ -83,12 +83,12 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
-  // The back end reads the server's time with a window of its own, the server time window. The id
-  // of the server time window is one of the 19 ids before `ownWindow`.
+  // The back end reads the time of the X server with a window, the server time window. Its id is
+  // one of the 19 ids before `ownWindow`.
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
-  // When the focus moves, the back end reads the server's time. This would block forever if
+  // When the focus moves, the back end reads the server's time. Reading it would block forever if
   // `adoptWindow` had changed the event mask of the server time window.
   system().requestFocus(ownWindow);
   deliver();
@@ -134,7 +134,7 @@ class X11AdoptedGame : public X11Test, public testing::WithParamInterface<Manage
   AdoptedWindow adopted;
 };
 
-TEST_P(X11AdoptedGame, UnmappingAndMappingAreReportedAsMiniaturizing) {
+TEST_P(X11AdoptedGame, UnmappingIsReportedAsMiniaturizingAndMappingAsDeminiaturizing) {
   client.unmap(game);
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("miniaturized", adopted.handle)); }));
@@ -172,13 +172,13 @@ TEST_P(X11AdoptedGame, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
 INSTANTIATE_TEST_SUITE_P(X11, X11AdoptedGame, testing::ValuesIn(withXwayland({Manager::None})),
                          nameOfManager);
 
-/// False if the manager reverts a focus change that a program requested, as weston does.
+/// Weston reverts a focus change that a program requested.
 bool grantsFocusRequests(Manager manager) { return manager != Manager::XwaylandWeston; }
 
 /// A game that a window manager manages and that the back end has adopted.
 class X11ManagedGame : public X11AdoptedGame {};
 
-TEST_P(X11ManagedGame, TheManagersFrameOfAWindowIsRefused) {
+TEST_P(X11ManagedGame, AFrameThatTheWindowManagerAddsIsRefused) {
   if (!featuresOf(GetParam()).addsFrames) {
     GTEST_SKIP() << "the compositor adds no frames to windows of X clients";
   }
@@ -205,7 +205,7 @@ TEST_P(X11ManagedGame, AChangedFrameIsReportedInScreenCoordinates) {
   }));
 }
 
-TEST_P(X11ManagedGame, MiniaturizingByTheUserIsReported) {
+TEST_P(X11ManagedGame, MiniaturizingAndDeminiaturizingAreReported) {
   if (!featuresOf(GetParam()).miniaturizes) {
     GTEST_SKIP() << "the compositor reports no miniaturised windows";
   }

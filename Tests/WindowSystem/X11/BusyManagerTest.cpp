@@ -1,4 +1,5 @@
-// A covered window whose window manager is stopped while the back end restores the controls.
+// The window manager is stopped while the back end restores the controls (close, miniaturise,
+// resize) of a covered window.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -18,8 +19,8 @@ class X11BusyManager : public X11Test {
   X11BusyManager() : X11Test(Manager::Xfwm4) {}
 };
 
-// xfwm4 ignores the deletion of hints. So the back end must not delete the hints before xfwm4 has
-// read the value that allows all controls.
+// To restore the controls, the back end writes hints that allow all controls. Later it deletes the
+// hints. xfwm4 ignores the deletion, so it must have read the hints before the deletion.
 TEST_F(X11BusyManager, TheControlsAreRestoredEvenIfTheManagerReadsTheHintsLate) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));

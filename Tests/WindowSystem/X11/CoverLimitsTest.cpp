@@ -19,7 +19,7 @@ class X11CoverLimits : public X11Test {
   xcb_window_t game = client.openGameWindow(kGameFrame, 0x208040);
 };
 
-TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
+TEST_F(X11CoverLimits, AGameThatGrabsAButtonReceivesPressesOnTheCover) {
   xcb_grab_button(client.connection(), 0, game, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
                   XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_BUTTON_INDEX_1,
                   XCB_MOD_MASK_ANY);

@@ -1,7 +1,7 @@
-// Covers over hosts (other programs) that do unusual things to their own windows. A cover has child
-// windows inside the host's window, and an overlay: a window directly above the host's window. The
-// host can draw over the child windows, but not over the overlay. While another window is modal, a
-// shield (an invisible child window) takes the clicks on the host.
+// Covers over hosts (other programs, here games) that do unusual things to their own windows. A
+// cover has child windows inside the host's window, and an overlay: a window directly above the
+// host's window. The host can draw over the child windows, but not over the overlay. While another
+// window is modal, a shield (an invisible child window) takes the clicks on the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -111,7 +111,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsItsChildren) {
+TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsMapRequests) {
   client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
   system().setScene(handle, whiteSceneWithIndicator({640, 400}));
   deliver();
@@ -123,7 +123,7 @@ TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsItsChildren) {
   EXPECT_FALSE(gameGetsClicks());
 }
 
-TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsItsChildren) {
+TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsMapRequests) {
   client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
       openOwnWindow({.className = "Modal", .title = "modal", .frame = {{20, 20}, {100, 100}}});
@@ -132,8 +132,8 @@ TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsItsChildren) 
   EXPECT_FALSE(gameGetsClicks());
 }
 
-// If the child window were mapped first, the user could see what the host draws over the child
-// until the overlay is mapped.
+// If the cover's child window were mapped first, drawings of the host over the child window would
+// be visible for a moment.
 TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   const auto tree = x11::XcbPointer<xcb_query_tree_reply_t>(xcb_query_tree_reply(
       client.connection(), xcb_query_tree(client.connection(), game), nullptr));
@@ -142,13 +142,13 @@ TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   client.takeEventTypes();
   system().setScene(handle, whiteSceneWithIndicator({640, 400}));
   deliver();
-  std::vector<xcb_window_t> parentsOfMapped;
+  std::vector<xcb_window_t> parentsOfMappedWindows;
   while (const x11::Event event{xcb_poll_for_event(client.connection())}) {
     if (x11::typeOf(*event) == XCB_MAP_NOTIFY) {
-      parentsOfMapped.push_back(x11::eventAs<xcb_map_notify_event_t>(*event).event);
+      parentsOfMappedWindows.push_back(x11::eventAs<xcb_map_notify_event_t>(*event).event);
     }
   }
-  EXPECT_THAT(parentsOfMapped, testing::ElementsAre(tree->parent, game));
+  EXPECT_THAT(parentsOfMappedWindows, testing::ElementsAre(tree->parent, game));
 }
 
 TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildren) {
@@ -296,7 +296,7 @@ TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheHostsWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, LeavesTheWindowsAboveTheHostVisible) {
+TEST_P(X11CoverOfForeignHost, DoesNotHideWindowsAboveTheHost) {
   cover();
   const xcb_window_t upperWindow = client.openGameWindow({400, 250, 200, 100}, kGreen);
   client.raise(upperWindow);
@@ -357,8 +357,8 @@ TEST_F(X11CoverAndManagers, ACoverThatTheServerDoesNotMapIsLoggedAsMissing) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
-  // Handling the events of the adoption needs round trips. A round trip would block during the
-  // grab, so this call handles these events before the grab.
+  // Handling the events of the adoption needs round trips. A round trip would block while the
+  // client grabs the server.
   deliver();
   xcb_grab_server(client.connection());
   client.waitForServer();

@@ -26,7 +26,7 @@ class X11Cover : public X11Test {
   }
 };
 
-TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndItsRemovalRestoresTheScreen) {
+TEST_F(X11Cover, FillsTheWindowWithWhiteAndLeavesNoTraceAfterItsRemoval) {
   const Picture screenBefore = client.screenPicture(PixelRect{0, 0, 1280, 960});
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   cover();
@@ -86,7 +86,7 @@ TEST_F(X11Cover, EveryReportContainsTheCurrentSizeOfTheWindow) {
   EXPECT_THAT(reports.sizes, testing::Each(CGSize{900, 600}));
 }
 
-// `orderOut` closes the cover of an adopted window, but leaves the window on the screen.
+// `orderOut` removes the cover of an adopted window, but leaves the window on the screen.
 TEST_F(X11Cover, DisappearsWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
@@ -145,7 +145,6 @@ TEST_F(X11Cover, HidesWhatTheGameDraws) {
 TEST_F(X11Cover, FollowsAResizeBeforeTheBackEndHandlesEvents) {
   cover();
   client.configure(game, {100, 50, 1000, 800});
-  // The back end has not handled any event since the resize.
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   client.configure(game, {100, 50, 300, 200});
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
@@ -183,11 +182,11 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
 }
 
 // The overlay is the part of the cover that lies above the window, inside the window manager's
-// frame. A window manager gives a transparent window a frame with an alpha channel. If the overlay
-// had no alpha channel, the server would keep the overlay in a pixmap of its own. Over a window
-// that fills its frame, the overlay has the maximum size of a window, 32767 by 32767 pixels. So its
-// pixmap would take gigabytes.
-TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrameAroundATransparentWindow) {
+// frame. In this test, `frame` acts as the window manager's frame and has an alpha channel. If the
+// overlay had no alpha channel, the server would draw the overlay into a separate pixmap. The
+// overlay has the maximum size of a window, 32767 by 32767 pixels, because the window fills
+// `frame`. So the pixmap would take gigabytes.
+TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrame) {
   const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
   const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);
   const AdoptedWindow adoptedWindow = adopt(transparentWindow);
@@ -228,7 +227,7 @@ TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   EXPECT_TRUE(client.children(game).empty());
 }
 
-/// The cover and the input of a user, also on Xwayland.
+/// Tests of the cover and of input that also run on Xwayland.
 class X11CoverAndInput : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   X11CoverAndInput() : X11Test(GetParam()) {}
@@ -273,7 +272,7 @@ TEST_P(X11CoverAndInput, TheIndicatorIsInTheMiddleAfterAResize) {
   }));
 }
 
-TEST_P(X11CoverAndInput, TheCoverTakesThePointersInput) {
+TEST_P(X11CoverAndInput, TheCoverTakesPointerInput) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
                                 XCB_EVENT_MASK_POINTER_MOTION);
   EXPECT_THAT(eventsOfClick(), testing::Contains(XCB_BUTTON_PRESS));
@@ -283,7 +282,7 @@ TEST_P(X11CoverAndInput, TheCoverTakesThePointersInput) {
   EXPECT_THAT(eventsOfClick(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_P(X11CoverAndInput, TheGameReceivesTheKeyboardsInput) {
+TEST_P(X11CoverAndInput, TheGameReceivesKeyboardInput) {
   client.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
   if (GetParam() == Manager::None) {
     client.focus(game);

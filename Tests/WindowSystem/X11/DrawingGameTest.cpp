@@ -1,4 +1,4 @@
-// A game with a window without a background. Like most games, it draws on each Expose event.
+// A game whose window has no background. The game draws on each Expose event.
 #include <gmock/gmock.h>
 
 #include <atomic>

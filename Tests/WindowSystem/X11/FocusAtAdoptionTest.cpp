@@ -28,7 +28,7 @@ class X11FocusAtAdoption : public X11TestWithManager {
   }
 };
 
-TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
+TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromAWindowThatTheUserClicked) {
   const xcb_window_t windowToIconify = openFocusedGame({10, 600, 100, 100});
   const xcb_window_t otherWindow = openFocusedGame(kOtherFrame);
   const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGameFrame));
