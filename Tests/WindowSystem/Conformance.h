@@ -12,7 +12,8 @@
 
 namespace vel::test {
 
-/// A display with a back end. Simulates users and other programs on the display.
+/// A back end and its display. The operations after `system` act as the user, as another program,
+/// as the owner of a window or as the server.
 class TestDisplay : public NonCopyable {
  public:
   virtual ~TestDisplay() = default;
@@ -23,12 +24,13 @@ class TestDisplay : public NonCopyable {
   virtual void userComesBackTo(WindowHandle window) = 0;
   virtual void userClosesWindow(WindowHandle window) = 0;
   virtual void otherProgramResizes(WindowHandle window, CGSize size) = 0;
-  /// Puts `window` directly above `sibling`.
+  /// Puts `window` above `sibling`.
   virtual void otherProgramRaises(WindowHandle window, WindowHandle sibling) = 0;
   virtual void ownerDestroysWindow(WindowHandle window) = 0;
   virtual void serverClosesConnection() = 0;
-  /// Opens a window of class "PlayerWindow", as a host or another program does, with a size of 200
-  /// by 160 points and all controls. Returns no value if the back end cannot adopt windows.
+  /// Opens a window as a host or another program does. The window has the class "PlayerWindow", a
+  /// size of 200 by 160 points and all controls. Returns no value if the back end cannot adopt
+  /// windows.
   virtual std::optional<NativeWindow> openForeignWindow() = 0;
 };
 
@@ -44,19 +46,18 @@ struct Backend {
   bool miniaturizes;
   /// True if the back end reports the stacking order.
   bool reportsOrder;
-  /// True if the host or another program can destroy a window that the back end has created or
-  /// adopted, and the back end reports it.
+  /// True if the back end reports that the host or another program has destroyed a window.
   bool reportsDestruction;
   /// True if each change of the style mask causes a `controlsKept` report. The report names the
   /// controls that the window manager still offers although the new style mask excludes them.
   bool reportsControlsKept;
-  /// True if the process survives a lost connection to the display, and the back end reports it.
+  /// True if the back end reports that the connection to the display is lost.
   bool reportsLostDisplay;
 
   friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
 };
 
-/// The fixture of the suite. Each back end instantiates the suite.
+/// The fixture of the conformance tests. Each back end instantiates these tests.
 class Conformance : public testing::TestWithParam<Backend> {
  protected:
   Conformance() { system().setDelegate(&reports); }
@@ -69,7 +70,7 @@ class Conformance : public testing::TestWithParam<Backend> {
   WindowHandle open(NSWindowStyleMask styleMask = 15);
   /// Creates a window, waits until it has the focus, and clears the reports.
   WindowHandle openFocused();
-  /// Delivers events until `line` is recorded. Returns false on a timeout.
+  /// Delivers events until `reports` contains `line`. Returns false on a timeout.
   bool waitFor(const std::string& line);
   void deliver() { deliverAll(system()); }
   /// Calls every operation of WindowSystem on this window, except `setModalWindow`.

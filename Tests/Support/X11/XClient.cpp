@@ -333,8 +333,9 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   waitForServer();
 }
 
-// Waits until the server has processed the simulated input. Waits at most one second for Xwayland,
-// because it receives no input while the pointer is outside the windows of its clients.
+// Waits until `condition` accepts the server's pointer state, or until a timeout. If `user_` is
+// set, the server is Xwayland, and the timeout is only one second: Xwayland receives no input while
+// the pointer is outside the windows of its clients.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
@@ -350,9 +351,9 @@ void XClient::waitForPointer(
   }
 }
 
-// Xwayland returns the last position that it received. It receives no positions while the pointer
-// is outside the windows of its clients. If the last position is (x, y), waiting for (x, y) would
-// end before the pointer moves. So the pointer first moves to (x + 1, y).
+// Xwayland can report an old position, because it receives no positions while the pointer is
+// outside the windows of its clients. If the old position is (x, y), waiting for (x, y) would end
+// too early. So the pointer moves to (x + 1, y) first.
 void XClient::movePointer(int x, int y) {
   const auto waitForPosition = [this](int expectedX, int expectedY) {
     waitForPointer([=](const xcb_query_pointer_reply_t& pointer) {
@@ -396,7 +397,8 @@ void XClient::click(int x, int y) {
   pressButton();
   releaseButton();
   if (user_ != nullptr) {
-    // The compositor draws the pointer. `screenPicture` paints over the lower right corner.
+    // The compositor draws the pointer on the screen. Move the pointer to the corner that
+    // `screenPicture` paints over.
     const PixelRect screen = screenArea();
     user_->movePointer(screen.width - 1, screen.height - 1);
   }

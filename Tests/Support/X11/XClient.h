@@ -21,17 +21,17 @@ using x11::Property;
 
 inline constexpr std::uint32_t kWhite = 0xFFFFFF;
 
-/// The pixels of an area of the screen, of a window or of a PNG file.
+/// The pixels of a window, of a PNG file or of an area of the screen.
 struct Picture {
   int width = 0;
   int height = 0;
-  std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row; `windowPicture` adds the alpha
+  std::vector<std::uint32_t> pixels;  // row by row; 0xRRGGBB, but 0xAARRGGBB from `windowPicture`
 
   [[nodiscard]] std::uint32_t at(int x, int y) const;
   /// The number of pixels of each colour.
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
-  /// The bounding rectangle of all pixels of other colours. Empty if all pixels have this colour.
+  /// The bounding rectangle of the pixels that do not have this colour. Empty if there are none.
   [[nodiscard]] PixelRect boundsOfPixelsExcept(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
   static Picture readPng(const std::string& file);
@@ -39,17 +39,17 @@ struct Picture {
   void save(const std::string& name) const;
 };
 
-/// Another client of the X server, independent of the back end. It opens windows, reads the state
-/// of all windows, moves the pointer and presses keys.
+/// A client of the X server with its own connection, independent of the back end. It opens windows,
+/// reads the state of all windows, moves the pointer and presses keys.
 class XClient : NonCopyable {
  public:
   explicit XClient(const std::string& display);
   ~XClient();
 
   /// Call this if the server is the Xwayland of a compositor. The compositor runs in a window of
-  /// another X server. `user` is a client of that server and acts as the user. From this call on,
-  /// this object uses `user` to capture the screen, to move the pointer and to press keys. A point
-  /// must have the same coordinates on both servers.
+  /// another X server, and `user` is a client of that X server. After the call, `user` captures the
+  /// screen, moves the pointer and presses keys for this object. A point must have the same
+  /// coordinates on both servers.
   void setUser(XClient& user) { user_ = &user; }
 
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
@@ -121,9 +121,9 @@ class XClient : NonCopyable {
   /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
   /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
-  /// on the screen. After `setUser`, the screen also shows the pointer. `click` leaves the pointer
-  /// in the lower right corner of the screen, and this function paints over this corner. Elsewhere
-  /// the picture contains the pointer.
+  /// on the screen. After `setUser`, the picture contains the pointer, except in the lower right
+  /// corner of the screen: `click` leaves the pointer in this corner, and the function paints over
+  /// it.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.

@@ -53,7 +53,7 @@ XServer::XServer(NoProcess /*tag*/, std::string display)
 
 XServer XServer::ofDisplay(std::string display) { return {NoProcess(), std::move(display)}; }
 
-// Xvfb chooses a display number and prints it when it accepts connections.
+// Xvfb prints the number of its display when it accepts connections.
 XServer::XServer(const std::vector<std::string>& arguments) : XServer(NoProcess(), "") {
   std::array<int, 2> pipeEnds{};
   if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {

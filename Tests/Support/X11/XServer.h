@@ -9,13 +9,15 @@
 
 namespace vel::test {
 
-/// An X server that tests use: an Xvfb server with a screen of 1280 by 960 pixels, on a free
-/// display number, or a server that another program has started.
+/// An X server for tests. It is either an Xvfb server that this object starts, or a server that
+/// another program has started. The Xvfb server has a free display number and a screen of 1280 by
+/// 960 pixels.
 class XServer : NonCopyable {
  public:
-  /// `arguments` are additional arguments of Xvfb.
+  /// Starts Xvfb. `arguments` are additional arguments of Xvfb.
   explicit XServer(const std::vector<std::string>& arguments = {});
-  /// Returns the server of this display. Another program has started the server and ends it.
+  /// Returns the server that another program has started on `display`. The destructor does not end
+  /// this server.
   static XServer ofDisplay(std::string display);
   ~XServer();
 

@@ -10,8 +10,8 @@ namespace vel::test {
 /// Returns false in a build without the Wayland back end.
 bool canStartXwayland();
 
-/// Starts a compositor, `XwaylandSway` or `XwaylandWeston`, and its Xwayland server. Call this only
-/// if `canStartXwayland` returns true.
+/// Starts a compositor and its Xwayland server. `compositor` must be `XwaylandSway` or
+/// `XwaylandWeston`. Call this only if `canStartXwayland` returns true.
 std::unique_ptr<Compositor> startXwayland(Manager compositor);
 
 }  // namespace vel::test

@@ -24,8 +24,8 @@ class CocoaDisplay final : public TestDisplay {
     if (system_ == nullptr) {
       throw std::runtime_error(error);
     }
-    // The window of the previous test may still have the focus. So give the focus to another
-    // program first.
+    // The window of the previous test may still have the focus. Each test starts with the focus in
+    // another program.
     EXPECT_TRUE(deliverUntil(
         *system_, [this] { return display_.giveFocusToOtherProgram(otherProgramsWindow_); }));
   }
@@ -36,14 +36,12 @@ class CocoaDisplay final : public TestDisplay {
 
   WindowSystem& system() override { return *system_; }
   void userGoesToAnotherApplication() override {
-    // The application must have the focus before it can lose the focus. AppKit reports that a
-    // window is key before the X server has moved the focus to this window. Without this wait, the
-    // X server would move the focus back to this window after `focus(otherProgramsWindow_)`.
+    // AppKit reports the key window before the X server has moved the focus to the key window. Wait
+    // for the X server. Otherwise it would move the focus after `focus(otherProgramsWindow_)`.
     EXPECT_TRUE(deliverUntil(*system_, [this] {
       return display_.giveFocus([NSApp keyWindow] != nil ? [NSApp keyWindow] : frontWindow());
     }));
-    // An activation that `giveFocus` has requested must not happen after
-    // `focus(otherProgramsWindow_)`.
+    // Wait until the window manager has executed the requests of `giveFocus`.
     display_.waitForManager();
     display_.client.focus(otherProgramsWindow_);
   }
@@ -98,8 +96,8 @@ std::unique_ptr<TestDisplay> open() { return std::make_unique<CocoaDisplay>(); }
 
 // Why two features are false:
 // - `capturesWindows`: AppKit can read its own windows, but not what other programs show over them.
-// - `reportsLostDisplay`: the free AppKit ends the process when the X server ends. On macOS the
-//   window server does not end before the process.
+// - `reportsLostDisplay`: the free AppKit of GNUstep ends the process when the X server ends. On
+//   macOS the window server does not end before the process.
 INSTANTIATE_TEST_SUITE_P(Cocoa, Conformance,
                          testing::Values(Backend{.name = "OnTheFreeAppKit",
                                                  .open = open,

@@ -1,5 +1,5 @@
-// The AppKit back end and a window of the host. The back end draws each scene in the cover, a view
-// over the content of the window. Another client of the X server reads the screen.
+// Tests the AppKit back end on a window of the host. `setScene` shows the cover, a view over the
+// content of the window. A separate client of the X server reads the screen.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -80,7 +80,7 @@
 }
 @end
 
-// Records the activation policy, which the free AppKit does not have.
+// Records the activation policy. The free AppKit of GNUstep has no `setActivationPolicy:`.
 static NSInteger activationPolicy = -1;
 @interface NSApplication (ActivationPolicy)
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
@@ -156,7 +156,7 @@ TEST_F(CocoaWindowTest, TheApplicationThatTheLibraryCreatesHasTheRegularActivati
   EXPECT_EQ(activationPolicy, NSApplicationActivationPolicyRegular);
 }
 
-TEST_F(CocoaWindowTest, TheCoverAppearsBeforeEventsAreDeliveredAndAnEmptySceneRemovesIt) {
+TEST_F(CocoaWindowTest, ASceneShowsTheCoverAtOnceAndAnEmptySceneRemovesIt) {
   showWhite(400, 300);
   EXPECT_EQ([[content subviews] count], 1U);
   // `eventually` delivers no events, unlike `waitFor`.
@@ -209,7 +209,7 @@ TEST_F(CocoaWindowTest, AContentViewCanRefuseTheCover) {
   EXPECT_EQ([[[native contentView] subviews] count], 0U);
 }
 
-TEST_F(CocoaWindowTest, TheCoverReturnsAfterATimeWithoutAContentView) {
+TEST_F(CocoaWindowTest, TheCoverReturnsWhenTheWindowHasAContentViewAgain) {
   showWhite(400, 300);
   [native setContentView:nil];
   system->deliverEvents();
@@ -217,7 +217,7 @@ TEST_F(CocoaWindowTest, TheCoverReturnsAfterATimeWithoutAContentView) {
   EXPECT_TRUE(waitFor([this] { return isAll(kWhite); }));
 }
 
-TEST_F(CocoaWindowTest, TheCoverFollowsAContentViewThatDoesNotResizeItsSubviews) {
+TEST_F(CocoaWindowTest, TheCoverIsResizedEvenIfTheContentViewDoesNotResizeItsSubviews) {
   [content setAutoresizesSubviews:NO];
   showWhite(400, 300);
   [native setContentSize:NSMakeSize(600, 450)];
@@ -241,22 +241,22 @@ TEST_F(CocoaWindowTest, TheBoundsOfTheContentViewDoNotScaleTheCover) {
   }));
 }
 
-TEST_F(CocoaWindowTest, TheIndicatorTurnsInsideItsFrame) {
-  const CGRect indicator{{184, 134}, {32, 32}};
+TEST_F(CocoaWindowTest, TheSpinnerTurnsInsideItsFrame) {
+  const CGRect spinnerFrame{{184, 134}, {32, 32}};
   system->setScene(
       window,
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 400, 300), .color = {1, 1, 1, 1}},
-       {.kind = SceneItem::Kind::Spinner, .frame = indicator, .color = {}, .isAnimated = true}});
+       {.kind = SceneItem::Kind::Spinner, .frame = spinnerFrame, .color = {}, .isAnimated = true}});
   const auto picture = [this] { return display.client.screenPicture(AppKitDisplay::idOf(native)); };
-  // The spokes of the indicator have different shades.
-  const auto showsIndicator = [](const Picture& shown) { return shown.colors().size() > 4; };
-  EXPECT_TRUE(waitFor([&] { return showsIndicator(picture()); }));
+  // The spokes of the spinner have different shades.
+  const auto showsSpinner = [](const Picture& shown) { return shown.colors().size() > 4; };
+  EXPECT_TRUE(waitFor([&] { return showsSpinner(picture()); }));
   const Picture first = picture();
   first.save("cocoa-indicator");
   Picture second;
   EXPECT_TRUE(waitFor([&] {
     second = picture();
-    return second != first && showsIndicator(second);
+    return second != first && showsSpinner(second);
   }));
   const PixelRect drawn = second.boundsOfPixelsExcept(kWhite);
   EXPECT_GE(drawn.x, 184);
@@ -270,7 +270,7 @@ TEST_F(CocoaWindowTest, TheCoverTakesThePointerEvents) {
   EXPECT_EQ([content hitTest:middle], content);
   showWhite(400, 300);
   EXPECT_NE([content hitTest:middle], content);
-  // The window manager takes the clicks on a window without the focus.
+  // The window manager does not forward clicks on a window without the focus.
   ASSERT_TRUE(waitFor([this] { return display.giveFocus(native); }));
   clickInTheMiddle();
   EXPECT_TRUE(waitFor([this] { return native->presses == 1; }));
@@ -319,11 +319,11 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_EQ([native minSize].width, [native frame].size.width);
   EXPECT_EQ([native maxSize].height, [native frame].size.height);
-  // 6: the close and miniaturise controls. The window manager draws the title bar, so AppKit cannot
-  // remove them.
+  // 6 is the close and miniaturise controls. AppKit cannot remove these controls, because the
+  // window manager draws the title bar.
   EXPECT_TRUE(
       waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
-  // The free AppKit also applies the fixed size to the owner's own calls.
+  // In the free AppKit, not even the owner can change the fixed size.
   [native setContentSize:NSMakeSize(600, 450)];
   EXPECT_EQ([[native contentView] frame].size.width, 400);
   system->releaseWindow(window);
@@ -333,7 +333,7 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   EXPECT_EQ([[native contentView] frame].size.width, 600);
 }
 
-TEST_F(CocoaWindowTest, ReleasingDoesNotChangeALimitThatTheOwnerSetWhileTheSizeWasFixed) {
+TEST_F(CocoaWindowTest, ReleasingTheWindowKeepsAMinimumSizeThatTheOwnerHasSet) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   [native setMinSize:NSMakeSize(123, 45)];
   system->releaseWindow(window);
@@ -354,7 +354,7 @@ TEST_F(CocoaWindowTest, RemovingTheControlsDoesNotHideAButtonInTheContent) {
   EXPECT_TRUE([button isHidden]);
 }
 
-TEST_F(CocoaWindowTest, AStyleMaskThatTheOwnerChangesIsReported) {
+TEST_F(CocoaWindowTest, TheBackEndReportsThatTheOwnerHasChangedTheStyleMask) {
   StyledWindow* const styled = [[[StyledWindow alloc] initWithContentRect:NSMakeRect(0, 0, 100, 80)
                                                                 styleMask:15
                                                                   backing:NSBackingStoreBuffered
@@ -397,14 +397,14 @@ TEST_F(CocoaWindowTest, AWindowCanBeAdoptedByItsNumberButNotTwice) {
   EXPECT_EQ(error, "the AppKit window: it is already adopted");
 }
 
-TEST_F(CocoaWindowTest, AWindowThatItsOwnerOrdersOutCountsAsMiniaturised) {
+TEST_F(CocoaWindowTest, AnOrderedOutWindowIsReportedAsMiniaturised) {
   [native orderOut:nil];
   EXPECT_TRUE(waitFor([this] { return reports.contains("miniaturized " + nameOf(window)); }));
   [native makeKeyAndOrderFront:nil];
   EXPECT_TRUE(waitFor([this] { return reports.contains("deminiaturized " + nameOf(window)); }));
 }
 
-// The platform layer ignores the focus of a window that is not on the screen.
+// The platform layer ignores a focus report for a window that is not on the screen.
 TEST_F(CocoaWindowTest, AWindowIsReportedAsDeminiaturisedBeforeItIsReportedAsKey) {
   [native orderOut:nil];
   EXPECT_TRUE(waitFor([this] { return reports.contains("miniaturized " + nameOf(window)); }));
@@ -420,7 +420,7 @@ TEST_F(CocoaWindowTest, AWindowIsReportedAsDeminiaturisedBeforeItIsReportedAsKey
   EXPECT_LT(positionOf("deminiaturized " + nameOf(window)), positionOf("focus " + nameOf(window)));
 }
 
-TEST_F(CocoaWindowTest, TheKeyWindowAtActivationIsReportedEvenIfTheLibraryDoesNotKnowIt) {
+TEST_F(CocoaWindowTest, ActivationReportsTheKeyWindowEvenIfTheBackEndHasNotAdoptedIt) {
   NSWindow* const unknown = [[[NSWindow alloc] initWithContentRect:NSMakeRect(700, 300, 200, 150)
                                                          styleMask:1
                                                            backing:NSBackingStoreBuffered

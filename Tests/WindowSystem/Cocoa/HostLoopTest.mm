@@ -1,4 +1,4 @@
-// The native loop that runs the passes of the library.
+// Tests that AppKit's run loop runs a pass of the library when a descriptor is readable.
 #include "Platform/WindowSystem/Cocoa/HostLoop.h"
 
 #import <AppKit/AppKit.h>
@@ -17,7 +17,7 @@ class HostLoopTest : public testing::Test {
  protected:
   HostLoopTest() {
     EXPECT_EQ(pipe(descriptors.data()), 0);
-    EXPECT_EQ(write(descriptors[1], "x", 1), 1);  // the descriptor stays readable
+    EXPECT_EQ(write(descriptors[1], "x", 1), 1);  // descriptors[0] stays readable
   }
   ~HostLoopTest() override {
     close(descriptors[0]);
@@ -25,7 +25,8 @@ class HostLoopTest : public testing::Test {
     [pool release];
   }
 
-  /// Runs the native loop until there were at least `count` passes. Returns false after `kTimeout`.
+  /// Runs AppKit's run loop until at least `count` passes have begun. Returns false after
+  /// `kTimeout`.
   bool runUntilPass(int count, NSString* mode = ::NSDefaultRunLoopMode) {
     const Nanoseconds limit = steadyNow() + kTimeout;
     while (passes < count && steadyNow() < limit) {
@@ -51,7 +52,7 @@ TEST_F(HostLoopTest, PassesContinueAfterAnExceptionInAPass) {
   EXPECT_TRUE(runUntilPass(2));
 }
 
-TEST_F(HostLoopTest, PassesRunInAModalLoopThatAPassStarts) {
+TEST_F(HostLoopTest, AModalLoopInsideAPassRunsPasses) {
   bool hasNestedPass = false;
   const cocoa::HostLoop loop(descriptors[0], [&] {
     if (++passes == 1) {
