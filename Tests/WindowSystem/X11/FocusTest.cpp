@@ -77,13 +77,14 @@ TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviouslyFocusedWindowIsDestroyed) {
               ElementsAre(reportLine("destroyed", handle), reportLine("focus", otherHandle)));
 }
 
-// A window manager that crashes leaves the id of its check window in `_NET_SUPPORTING_WM_CHECK`.
-// The server can then give this id to the game.
+// A window manager writes the id of one of its own windows, the check window, to the property
+// `_NET_SUPPORTING_WM_CHECK` of the root window. If the window manager crashes, the property
+// remains, and the server can give the id to the game's window.
 TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   client.setProperty(client.root(), "_NET_SUPPORTING_WM_CHECK",
                      Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocusedGame();
-  // Makes the back end check the window in `_NET_SUPPORTING_WM_CHECK`, if it has not done so yet.
+  // The back end looks for the check window at the latest 0.2 seconds after the style mask is set.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
   client.focus(otherWindow);

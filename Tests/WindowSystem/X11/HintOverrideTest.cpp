@@ -1,5 +1,6 @@
-// `HintOverride` keeps the owner's value of a property while the back end overrides the property.
-// The owner is the program that owns the window. These tests need no display.
+// A hint is a property of a window. The owner is the program that owns the window. `HintOverride`
+// stores the owner's value of a hint while the back end overrides the hint. These tests need no
+// display.
 #include <gtest/gtest.h>
 
 #include "Platform/WindowSystem/X11/HintOverride.h"
@@ -11,7 +12,7 @@ using x11::HintOverride;
 using x11::HintValue;
 using x11::Property;
 
-// The first element of a hint is a set of bits. The other elements are numbers.
+// In most tests, the first element of a hint is a set of bits. The other elements are numbers.
 constexpr std::size_t kBitSetCount = 1;
 
 HintValue hint(std::vector<std::uint32_t> elements) {
@@ -49,13 +50,13 @@ TEST_F(HintOverrideTest, StoresEachWriteOfTheOwner) {
   EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
-TEST_F(HintOverrideTest, StoresTheDeletionOfThePropertyByTheOwner) {
+TEST_F(HintOverrideTest, StoresTheDeletionOfTheHintByTheOwner) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordCurrentValue(std::nullopt);
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesBackAValueOfTheBackEnd) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueIfTheOwnerWritesAValueThatTheBackEndWrote) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.recordCurrentValue(hint({3, 640, 5}));
@@ -63,8 +64,7 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesBackAValueOfTheBac
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest,
-       RemembersThatThePropertyWasMissingWhenTheOwnerWritesBackAValueOfTheBackEnd) {
+TEST_F(HintOverrideTest, RemembersThatTheHintWasMissingIfTheOwnerWritesAValueThatTheBackEndWrote) {
   HintOverride missingHint(std::nullopt, kBitSetCount);
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
@@ -80,7 +80,7 @@ TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValue) {
 }
 
 // In the next two tests, all elements are sets of bits, as in _MOTIF_WM_HINTS. Bit 0 of the first
-// element says that the second element is valid, and bit 1 that the third element is valid.
+// element says that the second element is valid. Bit 1 says that the third element is valid.
 TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromTheElementsThatTheOwnerHasNotReplaced) {
   HintOverride missingHint(std::nullopt, 3);
   EXPECT_TRUE(missingHint.recordWrite(hint({1 | 2, 4, 26})));
@@ -118,14 +118,16 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWritesOfTheBackEnd) {
   EXPECT_EQ(overrideCopy.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
-TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatTheBackEndsWriteHasReplaced) {
+// In the next three tests, `recordReplacedValue` records the value that the hint had just before
+// the back end's last write.
+TEST_F(HintOverrideTest, StoresAnOwnersValueThatTheBackEndHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordReplacedValue(/*expectedValue=*/hint({1, 100, 5}), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueIfTheBackEndsWriteHasReplacedTheExpectedValue) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueIfTheBackEndHasReplacedTheExpectedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordReplacedValue(/*expectedValue=*/hint({1, 100, 5}), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));

@@ -58,7 +58,7 @@ class X11Indicator : public X11Test {
 TEST_F(X11Indicator, IsACentredRingThirtyTwoPointsWide) {
   const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{304, 184, 32, 32}));
-  // The corners of the square and the centre of the ring are white.
+  // The centre of the ring and the corners of its bounds are white.
   for (int y = 0; y < 32; ++y) {
     for (int x = 0; x < 32; ++x) {
       const double radius = std::hypot(x - 15.5, y - 15.5);
@@ -72,7 +72,7 @@ TEST_F(X11Indicator, IsACentredRingThirtyTwoPointsWide) {
 
 // When a window loses its decorations, some window managers shrink the window's parent (the frame)
 // to the size of the window.
-TEST_F(X11Indicator, StaysCentredWhenItsWindowBeginsToFillItsParent) {
+TEST_F(X11Indicator, StaysCentredWhenTheParentShrinksToTheSizeOfTheWindow) {
   const xcb_window_t parent = client.openGameWindow({100, 100, 700, 500}, 0);
   game = client.makeWindow({10, 20, 640, 400}, 0x208040, parent);
   client.map(game);
@@ -117,8 +117,9 @@ TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
       return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
     }));
   }
-  // The first of the twelve steps may happen before `start`. The last step then happens a little
-  // less than eleven twelfths of a second after `start`, so the check requires only ten twelfths.
+  // Each step turns the indicator by one spoke. If the first step happens just before `start`, the
+  // last step happens a little less than eleven twelfths of a second after `start`. So the check
+  // requires only ten twelfths.
   EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
 }
 

@@ -1,5 +1,5 @@
-// Covered windows that move, covered windows while another window manager replaces the first, and
-// covered windows under a window manager that supports few hints.
+// Covers over windows that move, covers while another window manager replaces the running one, and
+// covers under a window manager that supports few hints.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -80,10 +80,10 @@ INSTANTIATE_TEST_SUITE_P(X11, X11MovedWindows,
                          testing::ValuesIn(withXwayland({Manager::Metacity, Manager::Openbox})),
                          nameOfManager);
 
-TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirst) {
+TEST_P(X11Managers, ACoverRemainsWhenAnotherManagerStartsAndCanThenBeRemoved) {
   const bool startsWithMetacity = GetParam() == Manager::Metacity;
-  // Although the style mask excludes them, Metacity offers resizing (8), and Openbox offers closing
-  // (2) and miniaturising (4).
+  // Some window managers keep controls that the style mask excludes. Metacity keeps resizing (8).
+  // Openbox keeps closing (2) and miniaturising (4).
   const auto keptControlsSuffix = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());
   openCoveredGame();
@@ -136,9 +136,9 @@ class X11PlainManager : public X11Managers {
   }
 };
 
-TEST_F(X11PlainManager, NoKeptControlsAreReportedIfTheManagerPublishesNoAllowedActions) {
+TEST_F(X11PlainManager, KeptControlsAreNotReportedIfTheManagerPublishesNoAllowedActions) {
   openCoveredGame();
-  // The back end waits for the allowed actions until a time limit.
+  // The back end waits before it reads the allowed actions.
   EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_EQ(reports.count("controls kept"), 0);
@@ -155,7 +155,7 @@ TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSetDirectly) {
   EXPECT_NE(client.focusedWindow(), game);
 }
 
-TEST_F(X11PlainManager, IfTheManagerPublishesNoStackingListTheServersOrderIsReported) {
+TEST_F(X11PlainManager, TheServersStackingOrderIsReportedIfTheManagerPublishesNone) {
   openCoveredGame();
   const WindowHandle otherHandle = adopt(client.openGameWindow(kGameFrame, 0)).handle;
   client.raise(game);

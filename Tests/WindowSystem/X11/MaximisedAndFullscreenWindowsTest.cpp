@@ -1,4 +1,5 @@
-// Covers over windows that are maximised or fullscreen, under real window managers.
+// Covers over windows that are maximised or fullscreen, under real window managers. The owner is
+// the program that owns the window.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -28,19 +29,19 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
   void SetUp() override {
     game = client.openGameWindow(kGame, kGreen);
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
-    deliverFor(0.2);  // the window manager adds its frame
+    deliverFor(0.2);  // the window manager adds a frame to the window
   }
   void maximise() {
     client.requestAddStates(game, kMaximizedVert, kMaximizedHorz);
     ASSERT_TRUE(waitFor([&] { return isMaximised(); }));
-    deliverFor(kSettlingTime);  // weston moves the window after it has enlarged it
+    deliverFor(kSettlingTime);  // weston enlarges the window first and moves it later
   }
   void cover() {
     handle = adopt(game).handle;
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
-    // The back end reports which removed controls the window manager still offers, if the manager
-    // publishes them.
+    // The style mask excludes some controls. If the window manager publishes the allowed actions,
+    // the back end reports which of these controls the window manager still offers.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 || !featuresOf(GetParam()).publishesAllowedActions;
     }));
@@ -108,7 +109,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACo
   EXPECT_TRUE(isMaximised());
 }
 
-// The owner revokes each request before the back end has read it.
+// The back end processes no events between a request and its revocation.
 TEST_P(X11MaximisedAndFullscreenWindows, ACoveredWindowIsNormalAfterTheOwnerRevokesItsRequests) {
   if (compositor != nullptr) {
     GTEST_SKIP() << "not tested on Xwayland";

@@ -138,7 +138,7 @@ TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
               testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
 }
 
-TEST_F(X11Modal, WhileAWindowIsModalOtherWindowsReceiveNoClicks) {
+TEST_F(X11Modal, OtherWindowsReceiveNoClicksWhileAWindowIsModal) {
   client.selectEvents(game, kButtonEvents);
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
@@ -153,7 +153,7 @@ TEST_F(X11Modal, WhileAWindowIsModalOtherWindowsReceiveNoClicks) {
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
-TEST_F(X11Modal, WhileAWindowIsModalANewChildWindowOfTheGameReceivesNoClicks) {
+TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicksWhileAWindowIsModal) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
@@ -167,8 +167,8 @@ TEST_F(X11Modal, WhileAWindowIsModalANewChildWindowOfTheGameReceivesNoClicks) {
 }
 
 TEST_F(X11Modal, TheModalWindowReceivesClicks) {
-  // Only one client can select ButtonPress on a window. The back end selects it on a window that is
-  // movable by its background, so this test opens a sheet, which is not movable.
+  // Only one client can select ButtonPress on a window. The back end selects ButtonPress on a
+  // window that is movable by its background, so this test opens a sheet, which is not movable.
   const WindowHandle modal = openOverGame(WindowKind::Sheet, 0, {100, 100});
   client.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
@@ -189,7 +189,7 @@ TEST_F(X11Modal, TheGameReceivesClicksAgainWhenNoWindowIsModal) {
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, AWindowAdoptedWhileAWindowIsModalReceivesNoClicks) {
+TEST_F(X11Modal, ANewlyAdoptedWindowReceivesNoClicksWhileAWindowIsModal) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);

@@ -1,3 +1,4 @@
+// Screen coordinates and covers on a display with two monitors.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -10,7 +11,7 @@ using testing::IsEmpty;
 constexpr std::uint32_t kGreen = 0x208040;
 
 /// Two monitors side by side, with different heights and aligned upper edges. Neither is the
-/// primary monitor, so the origin is in the left monitor, which is the first monitor.
+/// primary monitor, so the origin of the screen coordinates is in the first monitor, the left one.
 class X11Monitors : public X11Test {
  protected:
   X11Monitors() {
@@ -18,7 +19,7 @@ class X11Monitors : public X11Test {
     addMonitor("right", "640/169x960/254+640+0", "none");
   }
   /// `geometry` is the width and the height, each in pixels and millimetres, and the position.
-  /// `output` is the output of the graphics device that shows the monitor, or "none".
+  /// `output` is the RandR output of the monitor, or "none".
   void addMonitor(const std::string& name, const std::string& geometry, const std::string& output) {
     const auto listMonitors = [this] {
       return runProgram({"xrandr", "--listmonitors"}, server.display());

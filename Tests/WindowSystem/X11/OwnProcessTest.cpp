@@ -1,4 +1,4 @@
-// The properties of a window by which other programs find its process.
+// The properties of a window by which other programs find the process that created it.
 #include <unistd.h>
 
 #include <array>

@@ -1,4 +1,4 @@
-// Windows that the back end creates, under Metacity.
+// Windows that the back end creates. The window manager is Metacity.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -14,7 +14,7 @@ constexpr CGRect kFrame{{100, 200}, {640, 400}};
 
 class X11OwnWindows : public X11TestWithManager {
  protected:
-  WindowHandle openPlayer(NSWindowStyleMask styleMask = kAllControls) {
+  WindowHandle openPlayerWindow(NSWindowStyleMask styleMask = kAllControls) {
     return openOwnWindow({.className = "PlayerWindow",
                           .title = "Player \xE2\x9C\x93",
                           .frame = kFrame,
@@ -23,14 +23,14 @@ class X11OwnWindows : public X11TestWithManager {
 };
 
 TEST_F(X11OwnWindows, HaveTheirClassAndTitle) {
-  const xcb_window_t window = idOf(openPlayer());
+  const xcb_window_t window = idOf(openPlayerWindow());
   EXPECT_EQ(client.property(window, "WM_CLASS")->text(),
             std::string("PlayerWindow\0PlayerWindow\0", 26));
   EXPECT_EQ(client.property(window, "_NET_WM_NAME")->text(), "Player \xE2\x9C\x93");
 }
 
 TEST_F(X11OwnWindows, OpenAtTheirFrame) {
-  const xcb_window_t window = idOf(openPlayer());
+  const xcb_window_t window = idOf(openPlayerWindow());
   // `kFrame` is the content area. Its coordinates start at the lower left corner of the screen. The
   // screen has a height of 960 pixels.
   EXPECT_TRUE(waitFor([&] {
@@ -39,7 +39,7 @@ TEST_F(X11OwnWindows, OpenAtTheirFrame) {
 }
 
 TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrame) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
   EXPECT_TRUE(waitFor([&] {
     return client.areaOnScreen(idOf(window)) == PixelRect{300, 620, 320, 240};
@@ -47,7 +47,7 @@ TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrame) {
 }
 
 TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrameEvenWithoutAResizeControl) {
-  const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
+  const WindowHandle window = openPlayerWindow(NSWindowStyleMaskTitled);
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
   EXPECT_TRUE(waitFor([&] {
     return client.areaOnScreen(idOf(window)) == PixelRect{300, 620, 320, 240};
@@ -55,15 +55,15 @@ TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrameEvenWithoutAResizeControl) {
 }
 
 TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   client.configure(idOf(window), {50, 60, 500, 300});
   EXPECT_TRUE(waitFor([&] { return reports.lastFrame.size == CGSize{500, 300}; }));
   EXPECT_TRUE(reports.contains(reportLine("frame", window)));
 }
 
 TEST_F(X11OwnWindows, GetTheFocusOnRequest) {
-  const WindowHandle firstWindow = openPlayer();
-  const WindowHandle secondWindow = openPlayer();
+  const WindowHandle firstWindow = openPlayerWindow();
+  const WindowHandle secondWindow = openPlayerWindow();
   system().requestFocus(firstWindow);
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", firstWindow)); }));
   reports.lines.clear();
@@ -73,14 +73,14 @@ TEST_F(X11OwnWindows, GetTheFocusOnRequest) {
 }
 
 TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   client.requestClose(idOf(window));
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("close requested", window)); }));
   EXPECT_TRUE(client.isViewable(idOf(window)));
 }
 
 TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
-  const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
+  const WindowHandle window = openPlayerWindow(NSWindowStyleMaskTitled);
   // This message goes directly to the window. `requestClose` would ask the window manager.
   client.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
   deliver();
@@ -88,12 +88,12 @@ TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
 }
 
 TEST_F(X11OwnWindows, ListTheCloseProtocolEvenWithoutACloseControl) {
-  const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
+  const WindowHandle window = openPlayerWindow(NSWindowStyleMaskTitled);
   EXPECT_THAT(client.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
 
 TEST_F(X11OwnWindows, CanBeMiniaturizedAndDeminiaturized) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().requestMiniaturized(window, true);
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("miniaturized", window)); }));
   EXPECT_FALSE(client.isViewable(idOf(window)));
@@ -103,7 +103,7 @@ TEST_F(X11OwnWindows, CanBeMiniaturizedAndDeminiaturized) {
 }
 
 TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedAfterOrderOut) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().orderOut(window);
   EXPECT_TRUE(waitFor([&] { return !client.isViewable(idOf(window)); }));
   deliver();
@@ -111,7 +111,7 @@ TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedAfterOrderOut) {
 }
 
 TEST_F(X11OwnWindows, AreViewableAgainAfterOrderOutAndOrderFront) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().orderOut(window);
   EXPECT_TRUE(waitFor([&] { return !client.isViewable(idOf(window)); }));
   system().orderFront(window);
@@ -119,7 +119,7 @@ TEST_F(X11OwnWindows, AreViewableAgainAfterOrderOutAndOrderFront) {
 }
 
 TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   client.destroy(idOf(window));
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", window)); }));
   system().setTitle(window, "New title");
@@ -130,7 +130,7 @@ TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
 }
 
 TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().releaseWindow(window);
   EXPECT_TRUE(waitFor([&] { return !client.exists(idOf(window)); }));
   deliver();
@@ -138,9 +138,9 @@ TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
 }
 
 TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
-  const WindowHandle window = openPlayer();
+  const WindowHandle window = openPlayerWindow();
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
-  // 0: the window manager has kept none of the controls that the style mask excludes.
+  // The 0 means that the window manager keeps none of the controls that the style mask excludes.
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", window) + " 0"); }));
   const auto actions = client.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");
