@@ -18,8 +18,8 @@ constexpr CGSize kLargeSize{400, 260};
 constexpr int kBorder = 20;
 constexpr int kDragDistance = 60;
 
-/// The window of a host. The compositor draws a border around the window, and the user drags the
-/// border to resize the window.
+/// The back end adopts the window of `host`. The compositor draws a border around the window, and
+/// the user drags the border to resize the window.
 class WaylandSizeLimits : public testing::Test {
  protected:
   WaylandSizeLimits() {
@@ -53,8 +53,8 @@ class WaylandSizeLimits : public testing::Test {
              area.height == static_cast<int>(size.height);
     });
   }
-  /// Drags the lower right corner of the border away from the window. Then clicks into the window.
-  /// The compositor has handled the drag when the host receives the click.
+  /// Drags the lower right corner of the border away from the window. Then clicks into the window
+  /// and waits for the click, because the compositor handles the drag before the click.
   void dragCorner() {
     const PixelRect area = hostArea();
     const int x = area.x + area.width + kBorder / 2;
@@ -74,7 +74,7 @@ class WaylandSizeLimits : public testing::Test {
 
 TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
   ASSERT_TRUE(hasSizeOnScreen(kSize));
-  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
+  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);  // disables resizing
   dragCorner();
   EXPECT_EQ(host.size(), kSize);
   system->setStyleMask(window.handle, window.styleMask);
@@ -84,7 +84,7 @@ TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
 
 TEST_F(WaylandSizeLimits, SetFrameSetsTheLimitsToTheNewSize) {
   ASSERT_TRUE(hasSizeOnScreen(kSize));
-  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
+  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);  // disables resizing
   // The size that sway sets includes the border.
   sway.resizeWindow("game", static_cast<int>(kLargeSize.width) + 2 * kBorder,
                     static_cast<int>(kLargeSize.height) + 2 * kBorder);

@@ -9,13 +9,13 @@
 namespace vel::test {
 namespace {
 
-/// The height of the title bar of the frame that libdecor draws.
+/// The frame that libdecor draws has a title bar of this height.
 constexpr int kTitleHeight = 24;
 
-enum class ConnectionOwner : std::uint8_t { Host, Library };
+enum class ConnectionOwner : std::uint8_t { Host, BackEnd };
 
-/// The back end works on the connection of a host in the same process, or on a connection of its
-/// own.
+/// A compositor and the back end. The back end shares the connection of a host in the same process,
+/// or opens a connection.
 class WaylandDisplay final : public TestDisplay {
  public:
   WaylandDisplay(CompositorKind kind, ConnectionOwner owner) : compositor_(startCompositor(kind)) {
@@ -41,8 +41,8 @@ class WaylandDisplay final : public TestDisplay {
     compositor_->closeWindow(setUniqueTitle(window));
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
-    // The compositor sets the size including the frame. The back end draws frames only on a
-    // connection of its own.
+    // The size that the compositor sets includes the title bar. The back end draws frames only on a
+    // connection that it has opened.
     const int titleHeight = host_ == nullptr ? kTitleHeight : 0;
     compositor_->resizeWindow(setUniqueTitle(window), static_cast<int>(size.width),
                               static_cast<int>(size.height) + titleHeight);
@@ -66,7 +66,7 @@ class WaylandDisplay final : public TestDisplay {
 
   std::unique_ptr<Compositor> compositor_;
   SurfaceHost other_{compositor_->display(), "other", {100, 100}, 0x804020};
-  std::unique_ptr<SurfaceHost> host_;  // null if the back end works on a connection of its own
+  std::unique_ptr<SurfaceHost> host_;  // null if the back end has opened the connection
   std::unique_ptr<WaylandWindowSystem> system_;
 };
 
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         backendNamed<CompositorKind::Sway, ConnectionOwner::Host>("UnderSway"),
         backendNamed<CompositorKind::Weston, ConnectionOwner::Host>("UnderWeston"),
-        backendNamed<CompositorKind::Weston, ConnectionOwner::Library>("UnderWestonWithFrames")),
+        backendNamed<CompositorKind::Weston, ConnectionOwner::BackEnd>("UnderWestonWithFrames")),
     nameOfBackend);
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Covers over the surface of a host in the same process.
+// Tests the covers that the back end shows over the surface of a host in the same process.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -79,8 +79,8 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
   }
-  /// Waits until the next deadline is not 0 (0: work is due now), and expects that this deadline is
-  /// at most 50 milliseconds away.
+  /// Waits until the next deadline is not 0. A deadline of 0 means that work is due now. Then
+  /// expects that the next deadline is at most 50 milliseconds away.
   void expectDeadlineWithin50Milliseconds() {
     Nanoseconds deadline = 0;
     ASSERT_TRUE(waitFor([&] {
@@ -171,7 +171,8 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
   EXPECT_EQ(host->presses(), 2);
-  // A toolkit would use the user data of a cover as its own, so a cover must have no user data.
+  // A cover must have no user data, because a toolkit in the host would mistake the data for its
+  // own data.
   EXPECT_FALSE(host->hasEnteredForeignSurfaceWithData());
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
@@ -253,7 +254,8 @@ TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
 }
 
-// Kept controls are those that the window still offers although the style mask excludes them.
+// A "controls kept" report names the controls that the window still offers although the style mask
+// excludes them.
 TEST_P(WaylandCover, ResizingCanBeDisabledOnlyIfTheHostPassesItsToplevel) {
   ASSERT_TRUE(becomes(kGreen));
   AdoptedWindow window = adopt();
@@ -288,8 +290,8 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 1; }));
   system->setModalWindow(WindowHandle::None);
   system->releaseWindow(modal);
-  // Waits until the compositor no longer shields the host. The picture does not show this, because
-  // the shield is transparent and the click may have put the host in front of the modal window.
+  // After the round trip, the compositor has removed the shield. A picture cannot show the removal:
+  // the shield is transparent, and the click may have put the host in front of the modal window.
   wl_display_roundtrip(host->display());
   ASSERT_TRUE(becomes(kGreen));
   compositor->click(310, 310);
@@ -337,8 +339,8 @@ TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
-// A host that passes its toplevel must not destroy the surface while it is adopted. So this host
-// does not pass its toplevel.
+// A host that passes its toplevel must not destroy the adopted surface. So this host does not pass
+// its toplevel.
 TEST_P(WaylandCover, DestroyingAnAdoptedSurfaceDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);

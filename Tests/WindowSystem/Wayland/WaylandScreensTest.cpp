@@ -1,5 +1,5 @@
-// Covers on screens with different scales, on touch screens, and under a compositor without
-// viewporter.
+// Tests covers on screens with different scales, on touch screens, and under a compositor without
+// the global wp_viewporter.
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -106,7 +106,7 @@ class CoveredHost {
   WindowHandle handle = WindowHandle::None;
 };
 
-/// A compositor with two outputs. The parameter is false if viewporter is hidden from the clients.
+/// A compositor with two outputs. The parameter is true if the clients can use viewporter.
 class WaylandOutputs : public testing::TestWithParam<bool> {
  protected:
   /// Waits for a white window with an indicator that is sharp at this scale.
@@ -134,7 +134,7 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
                  (GetParam() ? "" : "-without-viewporter"));
   }
 
-  /// Hides viewporter if the parameter of the test is false. Otherwise returns null.
+  /// Returns an object that hides viewporter, or null if the parameter of the test is true.
   static std::unique_ptr<HiddenGlobal> hideViewporter() {
     return GetParam() ? nullptr : std::make_unique<HiddenGlobal>("wp_viewporter");
   }
@@ -146,7 +146,7 @@ TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
-  // 2: viewporter is hidden from the registries of the host and of the back end.
+  // The host has one registry, and the back end has another.
   EXPECT_EQ(HiddenGlobal::registryCount(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
@@ -205,11 +205,11 @@ TEST(WaylandFractionalScale, TheCoverHidesEachPixelOfTheHost) {
 
 class WaylandWithoutViewporter : public testing::TestWithParam<CompositorKind> {};
 
-TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSize) {
+TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSizeOfTheHost) {
   const auto compositor = startCompositor(GetParam());
   const HiddenGlobal hidden("wp_viewporter");
   CoveredHost covered(*compositor);
-  // Viewporter is hidden from the registries of the host and of the back end.
+  // The host has one registry, and the back end has another.
   EXPECT_EQ(HiddenGlobal::registryCount(), 2);
   ASSERT_TRUE(covered.showsWindow(*compositor, kGreen, kSize));
   covered.system->setScene(covered.handle, white(kSize));

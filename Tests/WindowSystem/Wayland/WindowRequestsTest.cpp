@@ -32,6 +32,7 @@ Scene whiteWithIndicator(CGSize size) {
 /// The back end on a connection of its own.
 class WaylandWindowRequests : public testing::Test {
  protected:
+  /// Connects the back end to the compositor.
   void start() {
     std::string error;
     system = WaylandWindowSystem::open(compositor.display(), error);
@@ -189,8 +190,8 @@ TEST_P(WaylandWindowScale, TheScaleOfARemovedOutputNoLongerCounts) {
   expectScale(3);
   compositor.removeGlobal(second);
   expectScale(3);
-  // The new wl_output may get the address of the removed one. The back end must not take it for an
-  // output that shows the window.
+  // The new wl_output may get the memory address of the removed one. The back end must not assume
+  // that the new output shows the window.
   compositor.addOutput(4);
   expectScale(3);
   compositor.removeGlobal(first);
@@ -203,11 +204,11 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const 
 
 // The size of a maximised window
 
-/// The height of the title bar that libdecor draws. Unless the window is fullscreen, the size in a
-/// configure event includes the title bar.
+/// The height of the title bar that libdecor draws for a titled window. The size in a configure
+/// event includes the title bar unless the window is fullscreen.
 constexpr double kTitleHeight = 24;
 
-TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenSetFrameRequestsAnother) {
+TEST_F(WaylandWindowRequests, SetFrameDoesNotResizeAMaximisedWindow) {
   start();
   const WindowHandle window = openWindow();
   compositor.configureMaximised(firstWindow().id, {800, 600});
@@ -223,7 +224,7 @@ TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenSetFrameRequestsAn
   EXPECT_EQ(firstWindow().size(), (CGSize{500, 320}));
 }
 
-TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedTakesTheNextConfiguredSize) {
+TEST_F(WaylandWindowRequests, AMaximisedWindowThatBecomesNonResizableTakesTheNextConfiguredSize) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
@@ -269,7 +270,7 @@ TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCha
 
 // xdg_wm_base
 
-TEST_F(WaylandWindowRequests, RemovingTheTitleBarWithoutXdgWmBaseLeavesTheWindowOpen) {
+TEST_F(WaylandWindowRequests, AWindowStaysOpenIfItsTitleBarIsRemovedAfterXdgWmBase) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled);
@@ -360,7 +361,7 @@ TEST_F(WaylandWindowRequests, TheDialogIsDestroyedBeforeItsToplevel) {
               ElementsAre("xdg_dialog_v1.destroy", "xdg_toplevel.destroy", "xdg_surface.destroy"));
 }
 
-TEST_F(WaylandWindowRequests, AWindowOutsideModalSessionsHasNoDialog) {
+TEST_F(WaylandWindowRequests, AModalWindowHasNoDialogOutsideAModalSession) {
   compositor.addGlobal("xdg_wm_dialog_v1");
   start();
   openModalWindow();
@@ -368,7 +369,7 @@ TEST_F(WaylandWindowRequests, AWindowOutsideModalSessionsHasNoDialog) {
   EXPECT_THAT(compositor.objects(), Not(Contains(Key("xdg_dialog_v1"))));
 }
 
-TEST_F(WaylandWindowRequests, WithoutXdgWmDialogAModalSessionSendsNoRequests) {
+TEST_F(WaylandWindowRequests, AModalSessionSendsNoRequestsWithoutXdgWmDialog) {
   start();
   const WindowHandle modal = openModalWindow();
   discardRequests();

@@ -50,7 +50,7 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
     }
     return picture.boundsOfPixelsExcept(0);
   }
-  /// Waits until the game shows its picture in a window of this size, and sets `area`.
+  /// Waits until the green pixels fill a rectangle of this size. Sets `area` to that rectangle.
   bool becomesGreen(int width, int height) {
     return waitFor([&] {
       area = greenArea();
@@ -74,7 +74,7 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
   PixelRect area;  // the area of the window on the screen
 };
 
-TEST_P(Xwayland, TheCoverHidesTheGameUntilItIsRemoved) {
+TEST_P(Xwayland, TheCoverHidesTheGameUntilTheCoverIsRemoved) {
   system->setScene(handle, white({500, 320}));
   system->setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(becomesWhite(area));
@@ -88,8 +88,9 @@ TEST_P(Xwayland, TheCoverFollowsTheSizeOfTheWindow) {
   system->setScene(handle, white({500, 320}));
   ASSERT_TRUE(becomesWhite(area));
   client.configure(game, {100, 100, 600, 400});
-  // The compositor centres the window again. If the height of the frame is odd, the window can be
-  // one pixel off. So the checked area is one pixel smaller on each side.
+  // The window grows by 100 by 80 pixels, and the compositor centres it again. The window can be
+  // one pixel off if the frame that the compositor draws has an odd height. So the checked area is
+  // one pixel smaller on each side.
   EXPECT_TRUE(becomesWhite({area.x - 50 + 1, area.y - 40 + 1, 600 - 2, 400 - 2}));
   system = nullptr;
   EXPECT_TRUE(becomesGreen(600, 400));
