@@ -1,5 +1,6 @@
-// The back end uses some windows that cannot be adopted. The back end must still be able to use
-// such a window after it has refused the adoption.
+// The back end refuses to adopt some windows that it uses itself. After the refusal, it must still
+// be able to use them. One example is the check window: the window that a window manager creates to
+// announce itself.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -24,7 +25,7 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  // 8: the only removed control that Metacity still offers is the resize control.
+  // Metacity still offers one of the removed controls: the resize control (8).
   ASSERT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
@@ -44,8 +45,8 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
 TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
   const xcb_window_t ownWindow =
       idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
-  // `ownWindow - 1` is the helper window through which the back end reads the server's time. The
-  // back end needs this time to request the focus.
+  // The back end creates its helper window, `ownWindow - 1`, just before `ownWindow`. The back end
+  // reads the server's time through the helper window. It needs this time to request the focus.
   ASSERT_TRUE(client.exists(ownWindow - 1));
   EXPECT_THAT(adoptionError(ownWindow - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ownWindow));

@@ -1,4 +1,5 @@
-// An SDL 2 game changes the size of its covered window under real window managers.
+// An SDL 2 game changes the size of its window while the launch screen covers the window. The tests
+// run under real window managers.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -22,7 +23,7 @@ bool isResized(PixelRect area, PixelRect /*screen*/) {
   return area.width == 800 && area.height == 600;
 }
 bool isMaximized(PixelRect area, PixelRect screen) {
-  // The limits leave room for the window's frame and for panels.
+  // The 80 and 110 pixels leave room for the window's frame and for panels.
   return area.width > screen.width - 80 && area.height > screen.height - 110;
 }
 bool isFullscreen(PixelRect area, PixelRect screen) { return area == screen; }
@@ -74,8 +75,8 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   const PixelRect areaBefore = client.areaOnScreen(game);
   system().setScene(adoptedWindow.handle, whiteScene({1280, 960}));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
-  // The back end reports which removed controls the window manager still offers, if the manager
-  // publishes them.
+  // If the window manager publishes the actions that it allows, the back end reports which removed
+  // controls the manager still offers.
   ASSERT_TRUE(waitFor([this] {
     return reports.count("controls kept") > 0 ||
            !featuresOf(GetParam().manager).publishesAllowedActions;

@@ -1,5 +1,5 @@
-// Covered windows under real window managers: which controls the user can use, and how the game can
-// change its window.
+// While the launch screen covers a game's window: the controls that the user can still use, and the
+// changes that the game makes to its window. The tests run under real window managers.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -34,7 +34,8 @@ struct ManagerCase {
   std::array<ButtonOffset, 3> buttons = {};
   /// The controls that the user can still use while the window is covered.
   std::vector<std::string> controlsWhileCovered = {};
-  /// The removed controls that the window manager still offers, according to the back end.
+  /// The removed controls that the window manager still offers according to the back end's report.
+  /// The report can differ from `controlsWhileCovered`.
   NSWindowStyleMask keptControls = 0;
   /// The height that the window loses when it leaves the fullscreen state: fluxbox adds a resize
   /// handle to the frame, but does not enlarge the frame.
@@ -58,18 +59,18 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
   void cover() {
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
-    // The back end reports which removed controls the window manager still offers, if the manager
-    // publishes them.
+    // If the window manager publishes the actions that it allows, the back end reports which
+    // removed controls the manager still offers.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 ||
              !featuresOf(GetParam().manager).publishesAllowedActions;
     }));
     deliverFor(kSettlingTime);  // the manager updates the buttons
   }
-  void uncover(const std::optional<Property>& ownersHints = std::nullopt) {
+  void uncover(const std::optional<Property>& expectedHints = std::nullopt) {
     system().setScene(handle, {});
     system().setStyleMask(handle, kAllControls);
-    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == ownersHints; }));
+    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == expectedHints; }));
     deliverFor(kSettlingTime);
   }
   /// Returns false if the condition does not become true within the reaction time.
@@ -90,7 +91,7 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
   [[nodiscard]] bool isMaximized() const {
     const PixelRect area = client.areaOnScreen(game);
     const PixelRect screen = client.screenArea();
-    // The limits leave room for the window's frame and for panels.
+    // The 80 and 110 pixels leave room for the window's frame and for panels.
     return area.width > screen.width - 80 && area.height > screen.height - 110;
   }
   [[nodiscard]] bool isIconic() const {
@@ -117,8 +118,8 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
     }
     return controls;
   }
-  /// Clicks a button of the title bar and undoes the effect of the click. Returns the name of the
-  /// button's control, or an empty text if the click has no effect.
+  /// Clicks a button of the title bar and undoes the effect of the click. Returns "miniaturise",
+  /// "maximise" or "close", or an empty text if the click has no effect.
   std::string effectOfClick(ButtonOffset offset) {
     const PixelRect frame = client.areaOnScreen(game);
     std::string effect;
@@ -248,16 +249,18 @@ TEST_P(X11GamesUnderManagers, MaximiseTheirCoveredWindow) {
   EXPECT_TRUE(isMaximized());
 }
 
-TEST_P(X11GamesUnderManagers, MakeTheirCoveredWindowFullscreenAndBack) {
+TEST_P(X11GamesUnderManagers, EnterAndLeaveFullscreenWhileCovered) {
   cover();
-  PixelRect expectedArea = client.areaOnScreen(game);
-  expectedArea.height -= GetParam().lostHeight;
+  PixelRect restoredArea = client.areaOnScreen(game);
+  restoredArea.height -= GetParam().lostHeight;
   client.requestAddStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == client.screenArea(); }));
   EXPECT_TRUE(becomesWhite());
-  deliverFor(kSettlingTime);  // the window manager processes the hints that allow resizing
+  // For a fullscreen window, the back end writes hints that allow resizing. The window manager
+  // processes these hints.
+  deliverFor(kSettlingTime);
   client.requestRemoveStates(game, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == expectedArea; }));
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == restoredArea; }));
   // sway ignores a request for fullscreen until the screen shows the smaller window.
   EXPECT_TRUE(waitFor([&] { return client.screenPicture({0, 0, 1, 1}).at(0, 0) != kWhite; }));
   deliverFor(kSettlingTime);

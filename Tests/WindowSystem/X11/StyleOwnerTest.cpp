@@ -1,5 +1,7 @@
-// The game, which owns the adopted window, writes hints before or while the back end overrides
-// them. `cover` adopts the game's window and overrides its hints. `uncover` restores them.
+// The game owns the adopted window and writes the window's hints. The back end overrides
+// `_MOTIF_WM_HINTS` to remove the window's controls, and later restores the game's value. Here, the
+// game writes hints before or during the override. `cover` adopts the window and overrides the
+// hints. `uncover` restores them.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -21,8 +23,8 @@ class X11StyleOwner : public X11Test {
  protected:
   // The first fields are the flags (1: has functions, 2: has decorations), the functions (resize 2,
   // move 4, minimise 8, maximise 16, close 32) and the decorations (border 2, resize handles 4,
-  // title 8, menu 16, minimise 32, maximise 64). If the value 1 is set in the functions or in the
-  // decorations, the window has all except those that the field names.
+  // title 8, menu 16, minimise 32, maximise 64). If the functions contain 1, the window has all
+  // functions except the listed ones. The decorations work in the same way.
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
@@ -86,7 +88,8 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
-  // The back end last reported this mask as the owner's mask, so it restores the owner's hints.
+  // The back end returned this mask when it adopted the window. Setting the mask again restores the
+  // owner's hints.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -150,7 +153,7 @@ TEST_F(X11StyleOwner, AValueThatReplacesTheWholeOverrideIsRestoredUnchanged) {
   }
 }
 
-TEST_F(X11StyleOwner, HintsWrittenJustBeforeTheMaskChangesAgainAreRestored) {
+TEST_F(X11StyleOwner, HintsWrittenJustBeforeASecondStyleMaskAreRestored) {
   cover();
   const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -160,7 +163,7 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeTheMaskChangesAgainAreRestored) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreKept) {
+TEST_F(X11StyleOwner, HintsWrittenDuringTheRestoringAreKept) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();

@@ -1,6 +1,6 @@
-// The style mask of an adopted window: how the back end overrides and restores the owner's hints,
-// and which of the removed controls a window manager still offers. StyleOwnerTest.cpp tests the
-// owner's own writes in detail.
+// The style mask of an adopted window: how the back end overrides and restores the hints of the
+// window's owner (the game), and which of the removed controls a window manager still offers.
+// StyleOwnerTest.cpp tests the owner's own writes in detail.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -63,8 +63,9 @@ TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
 }
 
 TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
-  // `_MOTIF_WM_HINTS` has fields that the style mask does not express, and an unusual type.
-  // `WM_NORMAL_HINTS` has the length that older versions of the protocol define.
+  // This `_MOTIF_WM_HINTS` allows all functions except closing (1 | 32). It also has fields that
+  // the style mask does not express, and an unusual type. This `WM_NORMAL_HINTS` has the length
+  // that older versions of the protocol define.
   const Property motifBefore{.type = XCB_ATOM_CARDINAL,
                              .format = 32,
                              .bytes = motifHints({1 | 4, 1 | 32, 77, 2, 9}).bytes};
@@ -84,7 +85,7 @@ TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
   EXPECT_EQ(client.property(game, kNormalHints), normalBefore);
 }
 
-TEST_F(X11Style, DeletesTheHintsThatItHasAdded) {
+TEST_F(X11Style, RestoringDeletesHintsThatTheOverrideAdded) {
   client.setProperty(game, kNormalHints, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -123,7 +124,8 @@ TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   deliver();
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  system().setStyleMask(handle, kAllControls);  // before the back end reads the event
+  // The back end has not read the event of the game's write yet.
+  system().setStyleMask(handle, kAllControls);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
@@ -132,7 +134,8 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // before the back end reads the event
+  // The back end has not read the event of the game's write yet.
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kAllControls);
@@ -157,7 +160,8 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoStyleMasks) {
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
   client.waitForServer();
-  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // before the back end reads the event
+  // The back end has not read the event of the game's write yet.
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kAllControls);
@@ -173,7 +177,7 @@ TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
   EXPECT_EQ(client.property(game, "WM_PROTOCOLS"), protocols);
 }
 
-TEST_F(X11Style, WithoutAWindowManagerTheReportOfKeptControlsIsEmpty) {
+TEST_F(X11Style, ReportsThatNoControlsAreOfferedWithoutAWindowManager) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
@@ -182,8 +186,8 @@ TEST_F(X11Style, WithoutAWindowManagerTheReportOfKeptControlsIsEmpty) {
 
 class X11StyleWithManager : public X11Test {
  protected:
-  xcb_window_t openManagedGame(Manager kind) {
-    startManager(kind);
+  xcb_window_t openManagedGame(Manager manager) {
+    startManager(manager);
     const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     return game;
