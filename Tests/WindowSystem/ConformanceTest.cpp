@@ -66,7 +66,7 @@ TEST_P(Conformance, EachWindowHasItsOwnHandle) {
   EXPECT_NE(firstWindow, secondWindow);
 }
 
-TEST_P(Conformance, RequestingTheFocusOfAWindowThatHasNotBeenShownReportsNothing) {
+TEST_P(Conformance, AFocusRequestBeforeTheWindowIsShownReportsNothing) {
   system().requestFocus(create());
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
@@ -119,7 +119,7 @@ TEST_P(Conformance, ARequestedFocusIsReported) {
   EXPECT_TRUE(waitFor("focus " + nameOf(window)));
 }
 
-TEST_P(Conformance, AFocusChangeWithinTheApplicationDoesNotDeactivateIt) {
+TEST_P(Conformance, AFocusChangeBetweenTwoWindowsDoesNotDeactivateTheApplication) {
   openFocused();
   const WindowHandle secondWindow = open();
   system().requestFocus(secondWindow);
@@ -128,13 +128,13 @@ TEST_P(Conformance, AFocusChangeWithinTheApplicationDoesNotDeactivateIt) {
   EXPECT_FALSE(reports.contains("deactivated"));
 }
 
-TEST_P(Conformance, RequestingTheFocusAgainReportsItAgain) {
+TEST_P(Conformance, ASecondFocusRequestReportsTheFocusAgain) {
   const WindowHandle window = openFocused();
   system().requestFocus(window);
   EXPECT_TRUE(waitFor("focus " + nameOf(window)));
 }
 
-TEST_P(Conformance, DeactivationAndActivationAreReportedOnceEach) {
+TEST_P(Conformance, DeactivationAndActivationAreEachReportedOnce) {
   const WindowHandle window = openFocused();
   display->userGoesToAnotherApplication();
   ASSERT_TRUE(waitFor("deactivated"));
@@ -148,7 +148,7 @@ TEST_P(Conformance, DeactivationAndActivationAreReportedOnceEach) {
 
 // Stacking order, frames, controls, miniaturising
 
-TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReportedIfTheBackEndSupportsThis) {
+TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReportedIfTheBackEndCanReportIt) {
   const WindowHandle firstWindow = openFocused();
   const WindowHandle secondWindow = openFocused();
   display->otherProgramRaises(firstWindow, secondWindow);
@@ -190,7 +190,7 @@ TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
 
 // Kept controls are those that the window manager still offers although the style mask excludes
 // them.
-TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndSupportsThis) {
+TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndCanReportThem) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
   if (GetParam().reportsControlsKept) {
@@ -202,7 +202,7 @@ TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndSupportsThis) {
   }
 }
 
-TEST_P(Conformance, MiniaturizingAndDeminiaturizingAreReportedOnceEachIfTheBackEndMiniaturizes) {
+TEST_P(Conformance, MiniaturizingAndDeminiaturizingAreEachReportedOnceIfTheBackEndMiniaturizes) {
   const WindowHandle window = openFocused();
   system().requestMiniaturized(window, true);
   if (!GetParam().miniaturizes) {
@@ -333,14 +333,14 @@ TEST_P(Conformance, AResizeByAnotherProgramIsReportedAtOnceOrEndsTheWaitForInput
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));
 }
 
-TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
+TEST_P(Conformance, ReportsAreDiscardedWhileNoDelegateIsSet) {
   const WindowHandle window = openFocused();
   system().setDelegate(nullptr);
   display->userClosesWindow(window);
   display->userGoesToAnotherApplication();
   display->ownerDestroysWindow(window);
   deliver();
-  deliver();  // a back end may notice a lost focus only after another round trip
+  deliver();  // a back end may need a second round trip to notice the lost focus
   EXPECT_THAT(reports.lines, IsEmpty());
   // A delegate that is set later does not receive the discarded reports.
   ReportListener laterDelegate;
@@ -350,7 +350,7 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   system().setDelegate(nullptr);
 }
 
-TEST_P(Conformance, ALostConnectionIsReportedOnceIfTheBackEndSupportsThis) {
+TEST_P(Conformance, ALostConnectionIsReportedOnceIfTheBackEndCanReportIt) {
   if (!GetParam().reportsLostDisplay) {
     return;
   }

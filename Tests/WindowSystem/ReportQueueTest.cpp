@@ -43,7 +43,7 @@ TEST_F(ReportQueueTest, ReportsAreDeliveredInTheOrderOfAdding) {
   EXPECT_TRUE(queue_->isEmpty());
 }
 
-TEST_F(ReportQueueTest, DeliveringAnEmptyQueueReturnsFalse) { EXPECT_FALSE(queue_->deliver()); }
+TEST_F(ReportQueueTest, DeliverReturnsFalseIfTheQueueIsEmpty) { EXPECT_FALSE(queue_->deliver()); }
 
 TEST_F(ReportQueueTest, EachReportIsDeliveredOnce) {
   queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
@@ -61,7 +61,7 @@ TEST_F(ReportQueueTest, RemoveReportsRemovesTheReportsOfOneWindow) {
   EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kSecondWindow)));
 }
 
-TEST_F(ReportQueueTest, WithoutADelegateReportsAreDiscarded) {
+TEST_F(ReportQueueTest, ReportsAreDiscardedWhileNoDelegateIsSet) {
   queue_->setDelegate(nullptr);
   queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_TRUE(queue_->deliver());

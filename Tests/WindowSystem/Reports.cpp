@@ -10,7 +10,7 @@ namespace vel::test {
 
 namespace {
 
-// The time between two evaluations of a condition.
+// The maximum time between two evaluations of a condition.
 constexpr Nanoseconds kPollInterval = kNanosecondsPerSecond / 100;
 
 }  // namespace
@@ -82,7 +82,7 @@ bool eventually(const std::function<bool()>& condition) {
     if (steadyNow() >= limit) {
       return false;
     }
-    waitForInput(-1, steadyNow() + kPollInterval);
+    waitForInput(-1, steadyNow() + kPollInterval);  // without a descriptor, this only sleeps
   }
   return true;
 }

@@ -1,4 +1,5 @@
-// The requests that a compositor receives for a cover over the surface of a host.
+// The requests that a compositor receives for a cover. A cover is a subsurface that the back end
+// opens over the surface of a host. The host shares its Wayland connection with the back end.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -23,6 +24,7 @@ using testing::StartsWith;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{301, 201};
 constexpr CGSize kLargeSize{400, 260};
+// The indicator is a spinner in the middle of the cover.
 constexpr double kIndicatorSide = 32;
 constexpr double kSmallIndicatorSide = 2;  // is drawn quickly
 
@@ -83,7 +85,7 @@ class WaylandCoverRequests : public testing::Test {
       host->pump();
     } while (system->deliverEvents());
   }
-  /// Shows this scene in a window of this size.
+  /// Sets the size of the window and shows the scene in it.
   void show(const Scene& scene, CGSize size) {
     system->setFrame(window, {{}, size});
     system->setScene(window, scene);
@@ -150,7 +152,7 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
 
 // The back end binds no output on the connection of a host, so it does not know the scale of the
 // screen. It draws for the scale 2.
-TEST_F(WaylandCoverRequests, WithoutViewporterTheScaleOfTheIndicatorIsTwo) {
+TEST_F(WaylandCoverRequests, TheScaleOfTheIndicatorIsTwoWithoutViewporter) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
   show(whiteWithIndicator(kSize), kSize);
@@ -160,7 +162,7 @@ TEST_F(WaylandCoverRequests, WithoutViewporterTheScaleOfTheIndicatorIsTwo) {
   EXPECT_EQ(indicator().bufferScale, 2);
 }
 
-TEST_F(WaylandCoverRequests, AViewporterThatAppearsWhileACoverIsOpenIsUsedForTheNextCover) {
+TEST_F(WaylandCoverRequests, ANewViewporterIsUsedForTheNextCover) {
   start();
   show(whiteWithIndicator(kSize), kSize);
   compositor.addGlobal("wp_viewporter");
@@ -183,7 +185,7 @@ TEST_F(WaylandCoverRequests, TheBackEndBindsNoOutputOnTheConnectionOfAHost) {
 
 // Seats
 
-TEST_F(WaylandCoverRequests, RemovingTheSeatThatHasTheKeyboardEndsTheFocus) {
+TEST_F(WaylandCoverRequests, TheFocusEndsWhenItsSeatIsRemoved) {
   const int seat = compositor.addSeat();
   start();
   takeReports();
@@ -193,7 +195,7 @@ TEST_F(WaylandCoverRequests, RemovingTheSeatThatHasTheKeyboardEndsTheFocus) {
   EXPECT_THAT(takeReports(), ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(WaylandCoverRequests, RemovingAnotherSeatKeepsTheFocus) {
+TEST_F(WaylandCoverRequests, TheFocusStaysWhenAnotherSeatIsRemoved) {
   const int seat = compositor.addSeat();
   const int otherSeat = compositor.addSeat();
   start();
@@ -205,10 +207,11 @@ TEST_F(WaylandCoverRequests, RemovingAnotherSeatKeepsTheFocus) {
   EXPECT_THAT(takeReports(), ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(WaylandCoverRequests, TheKeyboardOfASeatThatAppearsLaterCanFocusTheWindow) {
+TEST_F(WaylandCoverRequests, ANewSeatCanFocusTheWindow) {
   start();
   show(white(kSize), kSize);
-  EXPECT_THAT(takeReports(), ElementsAre("deactivated"));  // without a seat, no window has focus
+  // Without a seat, no window has the focus.
+  EXPECT_THAT(takeReports(), ElementsAre("deactivated"));
   const int seat = compositor.addSeat();
   exchange();
   compositor.enterKeyboard(seat, cover().id);
@@ -273,7 +276,7 @@ TEST_F(WaylandCoverRequests, AFailedAllocationOfABufferIsLoggedAndTheNextSceneIs
   EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
 }
 
-TEST_F(WaylandCoverRequests, AProtocolErrorIsALostDisplay) {
+TEST_F(WaylandCoverRequests, AProtocolErrorIsReportedAsALostDisplay) {
   start();
   compositor.refusePools();
   system->setScene(window, white(kSize));

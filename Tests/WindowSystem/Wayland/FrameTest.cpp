@@ -1,4 +1,5 @@
-// The frame that libdecor draws around the windows of the back end. weston draws no frames itself.
+// The frame (title bar and borders) that libdecor draws around the windows of the back end. weston
+// draws no frames itself.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -28,7 +29,8 @@ constexpr NSWindowStyleMask kAllControls = NSWindowStyleMaskTitled | NSWindowSty
 constexpr int kTitleHeight = 24;
 constexpr int kButtonWidth = 32;
 
-/// The screen without the corner into which `hidePointer` moves the pointer.
+/// The part of the screen that `whiteArea` searches. It excludes the corner into which
+/// `hidePointer` moves the pointer.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 /// The content of a new window, which is in the middle of the screen.
 constexpr PixelRect kContent{312, 254, 400, 260};
@@ -39,6 +41,7 @@ struct Point {
   int y = 0;
 };
 
+/// A point on the title bar.
 Point titleOf(PixelRect content) {
   return {content.x + content.width / 4, content.y - kTitleHeight / 2};
 }
@@ -121,8 +124,8 @@ class WaylandFrame : public testing::Test {
     weston.hidePointer();
     return isTrue;
   }
-  /// Moves the window by its title bar. When this function returns, weston has handled all earlier
-  /// input.
+  /// Drags the window by its title bar and updates `content`. When this function returns, weston
+  /// has handled all earlier input.
   void moveWindow(PixelRect& content, int distance) {
     const PixelRect previous = content;
     const Point start = titleOf(content);
@@ -139,7 +142,7 @@ class WaylandFrame : public testing::Test {
   WindowHandle window = WindowHandle::None;
 };
 
-TEST_F(WaylandFrame, TheContentInsideTheFrameHasTheSizeThatTheLibrarySets) {
+TEST_F(WaylandFrame, SetFrameSetsTheSizeOfTheContent) {
   ASSERT_NO_FATAL_FAILURE(open());
   EXPECT_TRUE(hasTitleBar(kContent));
   weston.picture().save("wayland-frame");
@@ -172,7 +175,7 @@ TEST_F(WaylandFrame, ShowsTheControlsOfTheStyleMask) {
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) == titleBar; }));
 }
 
-TEST_F(WaylandFrame, TheCloseButtonReportsARequestOnlyIfTheWindowIsClosable) {
+TEST_F(WaylandFrame, AClickOnTheCloseButtonIsReportedOnlyIfTheWindowIsClosable) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;
   system->setStyleMask(window, kAllControls & ~NSWindowStyleMaskClosable);
@@ -185,7 +188,8 @@ TEST_F(WaylandFrame, TheCloseButtonReportsARequestOnlyIfTheWindowIsClosable) {
   EXPECT_EQ(reports.count("close requested"), 1);
 }
 
-// Like the launch screen, this test removes one control at a time and restores all of them at once.
+// The test removes the controls one by one and restores them together. The launch screen does this
+// too.
 TEST_F(WaylandFrame, TheUserCanResizeTheWindowOnlyIfItIsResizable) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;
@@ -211,7 +215,7 @@ TEST_F(WaylandFrame, TheUserCanResizeTheWindowOnlyIfItIsResizable) {
   weston.picture().save("wayland-frame-resized");
 }
 
-TEST_F(WaylandFrame, AWindowKeepsTheFocusWhileItIsMovedByItsTitleBar) {
+TEST_F(WaylandFrame, AWindowKeepsTheFocusWhileTheUserMovesIt) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;
   moveWindow(content, 60);
@@ -231,7 +235,7 @@ TEST_F(WaylandFrame, AClickOnTheTitleBarActivatesTheWindow) {
   EXPECT_TRUE(reports.contains("activated " + nameOf(window)));
 }
 
-TEST_F(WaylandFrame, AWindowThatIsNoLongerMaximisedGetsItsPreviousSize) {
+TEST_F(WaylandFrame, UnmaximisingAWindowRestoresItsSize) {
   ASSERT_NO_FATAL_FAILURE(open());
   const Point maximiseButton{kContent.x + kContent.width - kButtonWidth * 3 / 2,
                              kContent.y - kTitleHeight / 2};
@@ -240,16 +244,16 @@ TEST_F(WaylandFrame, AWindowThatIsNoLongerMaximisedGetsItsPreviousSize) {
   EXPECT_EQ(reports.lastFrame.size, (CGSize{1024, 768 - kTitleHeight}));
   ASSERT_TRUE(waitFor([this] { return whiteArea().width == kSearchedArea.width; }));
   weston.picture().save("wayland-frame-maximised");
-  // weston-control.c, the module that the class Weston loads, moves the content to the middle of
-  // the screen, even if the window is maximised. So the upper half of the title bar is outside the
-  // screen. The click hits the lower half.
+  // The class Weston loads the module weston-control.c. This module moves the content to the middle
+  // of the screen, even if the window is maximised. So the upper half of the title bar is outside
+  // the screen. The click hits the lower half.
   click({1024 - kButtonWidth * 3 / 2, kTitleHeight / 4});
   EXPECT_TRUE(waitFor([this] { return reports.lastFrame.size == kSize; }));
   EXPECT_TRUE(waitFor([this] { return whiteArea().width == kContent.width; }));
 }
 
 // weston ends the connection if a maximised window commits another size than the configured one.
-TEST_F(WaylandFrame, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
+TEST_F(WaylandFrame, SetFrameDoesNotResizeAMaximisedWindow) {
   ASSERT_NO_FATAL_FAILURE(open());
   click({kContent.x + kContent.width - kButtonWidth * 3 / 2, kContent.y - kTitleHeight / 2});
   ASSERT_TRUE(waitFor([this] { return reports.lastFrame.size.width == 1024; }));
@@ -287,7 +291,7 @@ TEST_F(WaylandFrame, ABorderlessWindowHasNoFrameUntilItGetsATitleBar) {
   EXPECT_TRUE(waitForContent(kContent));
 }
 
-TEST_F(WaylandFrame, AWindowThatIsHiddenUnderThePointerCanBeShownAgain) {
+TEST_F(WaylandFrame, AWindowHiddenWhileThePointerIsOverItCanBeShownAgain) {
   ASSERT_NO_FATAL_FAILURE(open());
   const Point closeButton = closeButtonOf(kContent);
   weston.movePointer(closeButton.x, closeButton.y);
@@ -312,6 +316,7 @@ TEST_F(WaylandFrame, AWindowThatIsHiddenUnderThePointerCanBeShownAgain) {
 TEST_F(WaylandFrame, ASheetIsInFrontOfItsOwner) {
   ASSERT_NO_FATAL_FAILURE(open());
   constexpr PixelRect kSheetContent{412, 334, 200, 100};
+  // If the sheet is behind its owner, the owner's white content covers the sheet's title bar.
   const auto isSheetInFront = [&] {
     return !weston.picture(titleBarOf(kSheetContent)).colors().contains(kWhite);
   };
@@ -337,14 +342,14 @@ TEST_F(WaylandFrame, ALostCompositorIsReportedOnce) {
   EXPECT_EQ(reports.count("display lost"), 1);
 }
 
-TEST_F(WaylandFrame, ACompositorThatEndsBeforeTheFirstWindowOpensIsReported) {
+TEST_F(WaylandFrame, OpeningAWindowAfterTheCompositorHasEndedReportsALostDisplay) {
   ASSERT_NO_FATAL_FAILURE(connect());
   weston.kill();
   makeWindow(kAllControls);
   EXPECT_TRUE(waitFor([this] { return reports.contains("display lost"); }));
 }
 
-TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
+TEST_F(WaylandFrame, AWindowHasNoFrameWithoutLibdecor) {
   std::vector<std::string> logLines;
   const NSLogSink previousSink =
       setNSLogSink([&logLines](std::string_view line) { logLines.emplace_back(line); });
@@ -356,11 +361,11 @@ TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
   EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
   EXPECT_THAT(logLines,
               testing::ElementsAre(testing::StartsWith("Wayland: windows have no frame: ")));
-  // For two windows, the back end has tried only once to load libdecor.
+  // The back end has opened two windows but tried to load libdecor only once.
   EXPECT_EQ(HiddenLibrary::loadAttemptCount(), 1);
 }
 
-TEST_F(WaylandFrame, WithoutAPluginOfLibdecorAWindowHasNoFrame) {
+TEST_F(WaylandFrame, AWindowHasNoFrameWithoutAPluginOfLibdecor) {
   setenv("LIBDECOR_PLUGIN_DIR", "/nonexistent", 1);
   ASSERT_NO_FATAL_FAILURE(open());
   unsetenv("LIBDECOR_PLUGIN_DIR");
@@ -369,7 +374,8 @@ TEST_F(WaylandFrame, WithoutAPluginOfLibdecorAWindowHasNoFrame) {
   EXPECT_TRUE(waitFor([this] { return reports.contains("close requested " + nameOf(window)); }));
 }
 
-// libdecor dispatches the default event queue, which belongs to the host.
+// libdecor dispatches the default event queue of its connection. On the connection of a host, only
+// the host may dispatch this queue.
 TEST_F(WaylandFrame, LibdecorIsNotLoadedOnAHostsConnection) {
   const HiddenLibrary hidden(kLibdecor);
   SurfaceHost host(weston.display(), "game", {300, 200}, 0x208040);

@@ -20,7 +20,8 @@ HiddenLibrary::~HiddenLibrary() {
 
 int HiddenLibrary::loadAttemptCount() { return loadAttempts; }
 
-// The linker option --wrap gives these functions their names.
+// With the linker option --wrap=dlopen, a call of `dlopen` calls `__wrap_dlopen`, and a call of
+// `__real_dlopen` calls the real `dlopen`.
 extern "C" {
 void* __real_dlopen(const char* file, int mode);
 void* __wrap_dlopen(const char* file, int mode);
@@ -30,7 +31,8 @@ void* __wrap_dlopen(const char* file, int mode) {
     return __real_dlopen(file, mode);
   }
   ++loadAttempts;
-  return __real_dlopen("/nonexistent/hidden.so", mode);  // sets the reason that dlerror returns
+  // This call fails and sets the text that dlerror returns.
+  return __real_dlopen("/nonexistent/hidden.so", mode);
 }
 }
 

@@ -6,14 +6,14 @@
 
 namespace vel::test {
 
-/// Hides a shared library from the back end in this process, as if it were not installed. The
-/// linker replaces `dlopen` in the test program.
+/// While an object of this class exists, the test program cannot load the shared library `name`
+/// with `dlopen`, as if the library were not installed.
 class HiddenLibrary : NonCopyable {
  public:
   explicit HiddenLibrary(const std::string& name);
   ~HiddenLibrary();
 
-  /// The number of calls that have tried to load the library.
+  /// The number of attempts to load the hidden library.
   [[nodiscard]] static int loadAttemptCount();
 };
 
