@@ -68,7 +68,11 @@ bool Process::isRunning() {
   return id_ != 0;
 }
 
-void Process::signal(int number) const { ::kill(id_, number); }
+void Process::signal(int number) const {
+  if (id_ != 0) {  // 0 would be the process group of the test
+    ::kill(id_, number);
+  }
+}
 
 void Process::end() {
   if (id_ == 0) {
