@@ -300,9 +300,9 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// Sends the scene to the window system even while the window is miniaturised. Another program or
-// the host may have opened the window, and may deminiaturise it while our run loop does not run.
-// The window must then show the current scene.
+// Sends the scene to the window system even while the window is miniaturised. The owner of an
+// adopted window can deminiaturise it while our run loop is not running. The window must then show
+// the current scene.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

@@ -16,8 +16,8 @@ namespace vel {
 class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;
-  /// Releases all objects while the pool can still be used: the destructor of an object may add
-  /// more objects.
+  /// Releases all objects before the members are destroyed, because the destructor of an object may
+  /// add more objects.
   ~ReleasePool() { drainTo(0); }
 
   /// The pool of the calling thread.

@@ -115,7 +115,7 @@ TEST_F(RealClockTest, AWakeUpFromAnotherThreadEndsAWait) {
   otherThread.join();
 }
 
-TEST_F(RealClockTest, AnEarlierWakeUpEndsAWait) {
+TEST_F(RealClockTest, AWakeUpBeforeAWaitEndsTheWait) {
   runOnAnotherThread([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
 }
@@ -134,8 +134,8 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpDoesNotEndAWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
   std::atomic<bool> hasLoopReturned = false;
-  // The loop runs a pass before it waits. A wake-up before the pass does not end the wait. So
-  // `otherThread` wakes the loop repeatedly.
+  // The loop runs a pass before it waits. The pass acknowledges all earlier wake-ups, so they do
+  // not end the wait. So `otherThread` wakes the loop repeatedly.
   std::thread otherThread([this, &hasLoopReturned] {
     while (!hasLoopReturned) {
       loop.wake();

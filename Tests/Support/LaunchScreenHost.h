@@ -100,7 +100,7 @@ class LaunchScreenTest : public VirtualPlatformTest {
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
 
   /// Adds a delegate to the controller. The controller calls the delegates of the library first.
-  /// The new delegate writes into the journal as "host".
+  /// The new delegate writes each call into the journal, with the name "host".
   Strong<CoverDelegate> addHostDelegate();
 
   /// The timer that counts down to the expiration of the launch screen. Null if the countdown is

@@ -17,7 +17,7 @@ namespace vel::host {
 class WindowNames;
 
 /// The state that a host can observe at one moment. A member that begins with `has` is true if the
-/// object exists. A string for a window is the window's name in the scenario.
+/// object exists. A member that stands for a window contains the window's name in the scenario.
 struct Inspection {
   struct Manager {
     bool hasContent = false;

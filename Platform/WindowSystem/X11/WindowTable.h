@@ -19,7 +19,8 @@ class WindowTable final : public NonCopyable {
   [[nodiscard]] Window* find(WindowHandle handle) {
     return find(static_cast<xcb_window_t>(handle));
   }
-  /// Returns the window with this id, or the window whose cover owns the window with this id.
+  /// Returns the window with this id. If `id` is an X window of a cover, returns the window that
+  /// the cover hides.
   [[nodiscard]] Window* findByIdOrCoverId(xcb_window_t id);
 
   // For range-based loops over pairs of id and window.
