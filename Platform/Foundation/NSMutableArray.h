@@ -18,9 +18,9 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
   NSCollectionMutatedError() : std::runtime_error("collection mutated while being enumerated") {}
 };
 
-/// A growable ordered array of objects. A `for` loop throws `NSCollectionMutatedError` if its body
-/// changes the array, even at the last element. An operation that has no effect is not a change.
-/// Only one thread at a time may use an array.
+/// A growable ordered array of objects. A range-based `for` loop over the array throws
+/// `NSCollectionMutatedError` if its body changes the array, even at the last element. An operation
+/// that has no effect is not a change. Only one thread at a time may use an array.
 ///
 /// In an Objective-C++ file that includes the system's AppKit, write `vel::NSMutableArray`. Without
 /// `vel::`, GCC uses the Objective-C class.
@@ -55,7 +55,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   }
 
   void removeObjectAtIndex(std::size_t index) {
-    // Keeps the object alive until it is erased, because its destructor may use the array.
+    // Keeps the object alive until `erase` returns, because its destructor may use the array.
     const Strong<T> object = objects_.at(index);
     ++mutationCount_;
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));

@@ -105,9 +105,9 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // If the main thread calls `wake`, it is not blocked in `wait`, so there is no wait to end. The
-  // descriptor must become readable only if a host polls it and no pass is running: a pass updates
-  // the descriptor when it ends.
+  // Only the main thread waits, so a call on the main thread has no wait to end. The call must make
+  // the wait set's descriptor readable only if a host polls the descriptor. During a pass, the call
+  // does nothing: the pass updates the descriptor when it ends.
   if (NSThread::isMainThread() && (runningPasses_ > 0 || !isDescriptorPolled_)) {
     return;
   }

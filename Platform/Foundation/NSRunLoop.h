@@ -18,8 +18,8 @@ namespace vel {
 
 class WaitSet;
 
-/// A source of events or work. Each pass of the run loop calls `deliver` of each source after it
-/// has fired the timers. Only the main thread may use a source.
+/// A source of events or work. Each pass of the run loop fires the timers and then calls `deliver`
+/// of each source. Only the main thread may use a source.
 class VEL_EXPORT RunLoopSource : NonCopyable {
  public:
   virtual ~RunLoopSource() = default;
@@ -35,7 +35,7 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
 };
 
 /// Thrown by a wait on a `VirtualClock` if no deadline is known, because the wait would never end.
-/// The message lists the timers of all modes and the pending work of the main queue.
+/// The message lists the timers of all modes and the pending work of the sources.
 class VEL_EXPORT EndlessWaitError : public std::logic_error {
  public:
   using std::logic_error::logic_error;

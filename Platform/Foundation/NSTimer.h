@@ -58,7 +58,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
 
   static Strong<NSTimer> schedule(double interval, Strong<NSObject> target, bool repeats,
                                   Callout callout);
-  // Moves the fire date past `now` by whole intervals, so that a late timer keeps its phase.
+  // Adds whole intervals to the fire date until it is later than `now`. A late timer thus keeps its
+  // phase.
   void advanceFireDate(Nanoseconds now);
   // Calls the target. The caller keeps the timer alive.
   void fire();

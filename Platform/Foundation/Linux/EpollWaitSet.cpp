@@ -63,7 +63,7 @@ class EpollWaitSet final : public WaitSet {
 
   void wake() override {
     // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
-    // between the two steps and skip its read. The next wait would then end immediately.
+    // between the two steps and skip its read. This wake-up would then also end the next wait.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);

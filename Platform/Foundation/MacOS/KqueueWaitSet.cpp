@@ -61,9 +61,9 @@ class Pipe : NonCopyable {
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
 /// watched handle. The kqueue is readable while it contains an event. It must stay readable after
-/// the deadline, so this class never reads an event: a read would remove the timer's event. The
-/// event of the pipe disappears when the pipe is empty. The event of the watched handle disappears
-/// when the handle has no input left. The timer's event disappears when the timer is deleted.
+/// the deadline, so `wait` does not take events from the kqueue but only polls it. The event of the
+/// pipe disappears when the pipe is empty. The event of the watched handle disappears when the
+/// handle has no input left. The timer's event disappears when the timer is deleted.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
@@ -107,7 +107,7 @@ class KqueueWaitSet final : public WaitSet {
 
   void wake() override {
     // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
-    // between the two steps and skip its read. The next wait would then end immediately.
+    // between the two steps and skip its read. This wake-up would then also end the next wait.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
       [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);
