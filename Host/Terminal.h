@@ -1,5 +1,4 @@
-// The terminal that the program writes to. CMake chooses the source file that implements these
-// functions on the operating system.
+// The terminal that the program writes to. CMake chooses the source file for the operating system.
 #pragma once
 
 #include <cstddef>

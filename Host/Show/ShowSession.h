@@ -40,9 +40,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens or adopts the player window. Covers an adopted window immediately. A later `update`
-  /// covers a new window when this window has become key or after a short wait. After an error,
-  /// `outcome` has a value.
+  /// Opens or adopts the player window. Covers the player window immediately if it is adopted or
+  /// already key. Otherwise a later `update` covers the player window when it has become key, or
+  /// after a short wait. After an error, `outcome` has a value.
   void start();
   /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
   /// call this after each pass of the run loop.
@@ -84,13 +84,13 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void takeScreenshot();
   void fail(std::string failure);
 
-  // Returns the seconds since the content request. Before the request, returns the seconds since
+  // Returns the seconds since `sendRequest`. Before `sendRequest`, returns the seconds since
   // `start`.
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();
-  // True if the view of the launch screen is in an open window. The window system may show this
-  // view later.
+  // True if the view of the launch screen is in an open window, even if the view is not on the
+  // screen.
   [[nodiscard]] bool isCovering() const;
   // Reports once that the launch screen is on the screen.
   void reportIfCovered();

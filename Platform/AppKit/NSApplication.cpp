@@ -325,7 +325,8 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   }
 }
 
-// The window manager still offers these controls, although the style mask excludes them.
+// `keptControls` are the controls that the window manager still offers although the style mask
+// excludes them.
 void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) {
   const Strong<NSWindow> window = windowFor(handle);
   const auto handler = controlsKeptHandler_;

@@ -47,7 +47,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
-  /// The window that a dialog belongs to: the main window, else the key window, else the frontmost
+  /// The default owner of a new dialog: the main window, else the key window, else the frontmost
   /// window, else null.
   [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
@@ -141,8 +141,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
-  // Called after `removedWindow` has left the screen. If `removedWindow` was key, makes another
-  // window key.
+  // Called after `removedWindow` has left the screen. If `removedWindow` is still the key window,
+  // makes another window key.
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   // Returns the id of the new session.
   std::uint64_t addModalSession(const Strong<NSWindow>& window);
@@ -150,7 +150,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void endModalSessions(const NSWindow* window);
   // Sets the mode of the run loop and the modal window of the window system.
   void updateModality();
+  // Puts `window` at the front of `orderedWindows_`. Does not show `window`.
   void addToScreen(const Strong<NSWindow>& window);
+  // Removes `window` from `orderedWindows_` and `mainWindow_`. Does not hide `window`.
   void removeFromScreen(const Strong<NSWindow>& window);
 
   std::unique_ptr<WindowSystem> windowSystem_;

@@ -14,10 +14,10 @@ class NSView;
 enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
-/// A condition for the frame of one view, called the first view. The anchors
-/// below make two kinds of constraint. The first kind centres the first view on a second view on
-/// one axis. The second kind gives the width or height of the first view an exact value or a
-/// minimum. The superview of the first view owns the constraint while the constraint is active.
+/// A condition for the frame of one view, called the first view. A constraint from NSLayoutAnchor
+/// gives the first view the same centre as a second view, on one axis. A constraint from
+/// NSLayoutDimension gives the first view an exact or a minimum width or height. The superview of
+/// the first view owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,

@@ -12,9 +12,9 @@ namespace vel {
 
 namespace {
 
-// The autoresizing of a view on one axis. An axis has three parts: the minimum margin, the size of
-// the view and the maximum margin. The flexible parts share a change of the superview's size
-// equally.
+// The autoresizing of a view on one axis. An axis has three parts: the margin at the minimum
+// coordinate, the size of the view and the margin at the maximum coordinate. When the superview
+// changes size, the flexible parts share the change equally.
 struct AutoresizingAxis {
   bool hasFlexibleMinMargin;
   bool hasFlexibleSize;
@@ -85,8 +85,8 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   }
   const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
-  // `removeFromSuperview` makes the controllers of `view` disappear. Do not call it if `view`
-  // stays in its window: the controllers must remain shown.
+  // `removeFromSuperview` calls `viewWillDisappear` of the controllers of `view`. If `view` stays
+  // in its window, these controllers must remain shown.
   if (window == nullptr || view->window() != window) {
     view->removeFromSuperview();
   }
@@ -120,13 +120,14 @@ void NSView::removeFromSuperview() {
   disappearance.sendWillDisappear();
   const bool hasWindowChanged = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && hasWindowChanged)) {
-    // `viewWillDisappear` has already removed this view or moved it to another superview. Do not
-    // remove this view from the other superview.
+    // `viewWillDisappear` has already removed this view, or moved it to another superview or
+    // window. Do not remove this view again.
     return;
   }
   if (hasWindowChanged) {
-    // `viewWillDisappear` has removed the superview or moved it to another window. In the other
-    // window, controllers of this view may have appeared. Another call makes them disappear too.
+    // `viewWillDisappear` has removed or moved a view that contains this view. This view may now be
+    // in another window, and its controllers may have appeared there. The recursive call makes them
+    // disappear.
     return removeFromSuperview();
   }
   detach();

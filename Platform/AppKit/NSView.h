@@ -15,8 +15,8 @@ namespace vel {
 class NSViewController;
 class NSWindow;
 
-/// A set of bits. Each bit names a margin or dimension of a view that changes when the view's
-/// superview is resized.
+/// One bit for each margin and each dimension of a view. A margin or dimension whose bit is set
+/// changes when the view's superview is resized.
 using NSAutoresizingMaskOptions = std::uint64_t;
 
 inline constexpr NSAutoresizingMaskOptions NSViewNotSizable = 0;
@@ -31,8 +31,8 @@ enum class NSWindowOrderingMode : std::int8_t { Below = -1, Out = 0, Above = 1 }
 inline constexpr NSWindowOrderingMode NSWindowAbove = NSWindowOrderingMode::Above;
 inline constexpr NSWindowOrderingMode NSWindowBelow = NSWindowOrderingMode::Below;
 
-/// A rectangle in a window, with subviews. The superview owns the view. The window owns its content
-/// view. Only the main thread may use a view.
+/// A rectangle in a window, with subviews. A view owns its subviews. A window owns its outermost
+/// view, called the content view. Only the main thread may use a view.
 class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
  public:
   explicit NSView(CGRect frame = CGRectZero) : frame_(frame) {}
@@ -41,7 +41,8 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
 
   /// The view's rectangle in the superview's coordinates, in points.
   [[nodiscard]] CGRect frame() const { return frame_; }
-  /// Moves and resizes the view. Autoresizing masks and constraints then place the subviews.
+  /// Moves and resizes the view. If the size changes, autoresizing masks and constraints place the
+  /// subviews.
   void setFrame(CGRect frame);
   /// The view's rectangle in the view's own coordinates. The origin of this rectangle is zero.
   [[nodiscard]] CGRect bounds() const { return {{}, frame_.size}; }
