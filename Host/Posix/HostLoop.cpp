@@ -63,7 +63,7 @@ class HostLoop::SignalPipe : private NonCopyable {
     }
     pthread_sigmask(SIG_UNBLOCK, &handledSignals, &previousMask_);
     // If the program that reads our output has exited, writing raises SIGPIPE. SIGPIPE must not end
-    // our process, because the host must still restore the player window.
+    // our process, because the host must still restore the window under the launch screen.
     sigaction(SIGPIPE, nullptr, &previousSigpipeAction_);
     setHandler(SIGPIPE, SIG_IGN);
   }

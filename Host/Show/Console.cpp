@@ -25,7 +25,8 @@ std::string formatLine(double time, std::string_view text) {
   char prefix[32];
   std::snprintf(prefix, sizeof prefix, "%8.3f s  ", time);
   std::string line = prefix + std::string(text);
-  // Event names come from the user. They must not contain line feeds or escape sequences.
+  // `text` may contain an event name from the user. The line must not contain line feeds or escape
+  // sequences.
   std::ranges::replace_if(
       line, [](unsigned char character) { return std::iscntrl(character) != 0; }, '?');
   return line;

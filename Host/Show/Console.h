@@ -23,8 +23,8 @@ struct TimeLeft {
 };
 
 /// Reports the progress of `launchscreen show` to the user. In all functions, `time` is in seconds.
-/// `time` starts at 0 again when the command requests the content of the launch screen. Use a
-/// console only on the main thread.
+/// `time` starts at 0 with the command, and restarts at 0 when the command requests the content of
+/// the launch screen. Use a console only on the main thread.
 class Console : private NonCopyable {
  public:
   Console() = default;
@@ -61,7 +61,7 @@ class LineConsole final : public Console {
   double lastPrintedSecond_ = std::numeric_limits<double>::infinity();
 };
 
-/// Keeps one line of a terminal up to date. The line shows either the time left and a bar, or the
+/// Updates one line of a terminal. The line shows either the time left and a bar, or the
 /// reports since the latest call of `showTimeLeft`.
 class LiveConsole final : public Console {
  public:

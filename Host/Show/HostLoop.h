@@ -9,7 +9,7 @@
 namespace vel::host {
 
 /// The event loop of the host. It waits for the descriptor of the library's main run loop, for
-/// signals and for the standard input. After each wait, it calls `pump` of the run loop.
+/// signals and for the standard input. Before each wait, it calls `pump` of the run loop.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP. If the process already ignores
 /// SIGHUP, SIGHUP stays ignored. SIGPIPE does not end the process while this object exists. The

@@ -35,8 +35,8 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   auto console = std::make_shared<LiveConsole>(
       std::cout, [] { return terminalColumns().value_or(kDefaultColumns); },
       options.canSkip() ? "press Enter to dismiss" : "");
-  // Log lines usually go to the same terminal, so the console must erase its line before each log
-  // line.
+  // Log lines usually go to the console's terminal, so the console must erase its line before each
+  // log line.
   setNSLogSink([console](std::string_view line) {
     console->clearLine();
     writeToStandardSink(line);
@@ -147,7 +147,7 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
       ->capture_default_str();
 }
 
-// Adds the options for the display, the player window and the indicator.
+// Adds the options for the display, the player window and the activity indicator.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option(

@@ -5,8 +5,8 @@
 
 namespace vel::host {
 
-/// Adds the command `show` to the program. If the command line contains this command, the parser
-/// sets `selectedCommand` to the function that runs it. `selectedCommand` must exist until the
+/// Adds the command `show` to the program. If the command line contains `show`, the parser sets
+/// `selectedCommand` to the function that runs the command. `selectedCommand` must exist until the
 /// command line has been parsed.
 void addShowCommand(CLI::App& program, CommandFunction& selectedCommand);
 

@@ -14,7 +14,7 @@ namespace vel::host {
 
 namespace {
 
-// The controls of a window that the library removes while it shows a launch screen.
+// The window controls that the library removes while it shows a launch screen.
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
@@ -228,7 +228,7 @@ void ShowSession::shutDown() {
   }
   reportIfUncovered();
   send(squareView_, &MovingSquareView::stop);
-  send(playerWindow_, &NSWindow::close);  // only releases an adopted window
+  send(playerWindow_, &NSWindow::close);  // releases an adopted window instead of closing it
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
   send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);

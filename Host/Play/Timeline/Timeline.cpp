@@ -13,9 +13,9 @@ namespace vel::host {
 
 namespace {
 
-// Two adjacent segments are merged if their slopes differ by less than this tolerance. A slope is
-// the change of the time left, in seconds per second. Rounding errors change a slope by far less
-// than the tolerance. Real changes of the slope are far greater.
+// Two adjacent segments of the countdown are merged if their slopes differ by less than this
+// tolerance. A slope is the change of the time left, in seconds per second. Rounding errors change
+// a slope by far less than the tolerance. Real changes of the slope are far greater.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
@@ -55,8 +55,8 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// If the log line reports a refusal, returns the reason. Otherwise returns `std::nullopt`. A
-// refusal is logged as `Class (-[Class method]): reason`.
+// A refusal is logged as `Class (-[Class method]): reason`. Returns the reason. Returns
+// `std::nullopt` if the log line has another format.
 std::optional<std::string> refusalReasonIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
   const std::size_t start = logLine.find(kSeparator);
@@ -119,7 +119,8 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Consecutive style changes of one window at one time share a mark. It shows the last change.
+    // Consecutive style changes of one window share a mark if they have the same time. The mark
+    // shows the last change.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
@@ -144,7 +145,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
-  // Another event or a later time ends a sequence of style changes that share a mark.
+  // Style changes do not share a mark if another event or some time lies between them.
   if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();
@@ -182,8 +183,8 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
     }
     addSpan(entry->spans, span);
   }
-  // While the countdown is paused, the time left is constant. `currentState` may already contain a
-  // new value.
+  // While the countdown is paused, the time left is constant until the end of the span.
+  // `currentState` may contain a new value that was set at the end of the span.
   const double timeLeftAtEnd =
       previousState.isCountingDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
   if (previousState.timeLeft > 0 && std::isfinite(previousState.timeLeft) &&
@@ -196,9 +197,9 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
 }
 
 void Timeline::extendCountdown(CountdownSegment segment) {
-  // The time left changes only at ticks, but the picture shows a sloping line between ticks. A
-  // scenario step between two ticks splits this line into a constant segment and a falling segment.
-  // Merge the two segments.
+  // The time left changes only at ticks, but the picture joins the values at the ticks with
+  // straight lines. A scenario step between two ticks leaves a constant segment before the step and
+  // a falling segment after the step. Merge the two segments into one line.
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
       segment.span.end - countdown_.back().span.start <= kTickInterval) {

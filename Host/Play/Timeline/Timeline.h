@@ -48,7 +48,7 @@ struct KeyWindowSpans {
 };
 
 /// Collects the data for the picture of a scenario while the scenario is played. The size of the
-/// data depends on the number of changes, not on the duration of the scenario.
+/// data depends on what happens in the scenario, not on the duration of the scenario.
 class Timeline final : public PlayListener {
  public:
   void traceLineAdded(const TraceLine& line) override;

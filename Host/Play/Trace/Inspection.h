@@ -16,8 +16,8 @@ namespace vel::host {
 
 class WindowNames;
 
-/// The state that a host can observe at one moment. A member that begins with `has` is true if the
-/// object exists. A member that stands for a window contains the window's name in the scenario.
+/// The state that a host can observe at one moment. A member whose name begins with `has` is true
+/// if the named object exists. Windows are represented by their names in the scenario.
 struct Inspection {
   struct Manager {
     bool hasContent = false;
