@@ -25,10 +25,10 @@ struct Window {
   /// while the window is miniaturised. For an adopted window: always true.
   bool isOrderedIn = false;
   bool isMiniaturized = false;
-  /// True for an adopted window that is fullscreen or maximised, even in only one direction.
+  /// True for an adopted window that is fullscreen, or maximised in at least one direction.
   bool isMaximizedOrFullscreen = false;
-  /// True after `orderFront` has sent MapWindow. False again when `WindowMonitor` next reads the
-  /// window's state, and after `orderOut`.
+  /// True from the MapWindow request of `orderFront` until `WindowMonitor` next reads the window's
+  /// state, or until `orderOut`.
   bool isBeingMapped = false;
   /// True if the window gets the input focus as soon as it is viewable.
   bool wantsFocus = false;
@@ -40,18 +40,18 @@ struct Window {
   /// True if `WindowMonitor` must read _MOTIF_WM_HINTS and WM_NORMAL_HINTS from the server again.
   bool hasHintChanges = false;
   /// The time at which `ControlsMonitor` checks which controls (close, miniaturise, resize) the
-  /// window manager offers.
+  /// window manager offers. `kNever` if no check is scheduled.
   Nanoseconds controlsDeadline = kNever;
-  /// The kept controls in the last `controlsKept` report: the controls that the window manager
-  /// still offers although the style mask excludes them. No value if there has been no report since
-  /// the style mask was last set.
+  /// The controls in the last `controlsKept` report: the controls that the window manager still
+  /// offers although the style mask excludes them. No value if there has been no report since the
+  /// style mask was last set.
   std::optional<NSWindowStyleMask> reportedKeptControls = std::nullopt;
   /// The latest time at which `StyleRestorer` calls `WindowStyle::finishRestoring`. `kNever` if
   /// `StyleRestorer` has not scheduled this call.
   Nanoseconds restorationDeadline = kNever;
-  /// The probe: a window on which the window manager writes a property after it has read the hints
-  /// that `WindowStyle::restore` has written. `StyleRestorer` creates the probe. None if there is
-  /// no probe.
+  /// The probe: a window on which `StyleRestorer` asks the window manager to write a property. When
+  /// the probe has the property, the window manager has read the hints that `WindowStyle::restore`
+  /// wrote. None if there is no probe.
   xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

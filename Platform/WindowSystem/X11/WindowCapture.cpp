@@ -36,8 +36,9 @@ struct Channel {
   }
 };
 
-// Returns one byte each for red, green and blue of each pixel. `masks` has the same order.
-// Allocates no memory in the loop: a slow conversion of a large picture would delay other events.
+// Returns three bytes for each pixel: red, green and blue. `masks` contains their masks in this
+// order. Allocates no memory in the loop: a slow conversion of a large picture would delay the
+// handling of events.
 std::vector<std::uint8_t> colorBytesOf(std::span<const std::uint8_t> image, std::uint8_t byteOrder,
                                        const std::array<std::uint32_t, 3>& masks) {
   const bool isBigEndian = byteOrder == XCB_IMAGE_ORDER_MSB_FIRST;

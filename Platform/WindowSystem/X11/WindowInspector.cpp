@@ -103,7 +103,7 @@ const char* WindowInspector::reasonNotToAdopt(const WindowInspection& inspection
              : nullptr;
 }
 
-// A frame has no WM_STATE, but the client's window inside the frame has one.
+// A window manager's frame has no WM_STATE. The client's window inside the frame has WM_STATE.
 bool WindowInspector::isFrame(const WindowInspection& inspection) {
   if (inspection.state.wmState || inspection.tree == nullptr ||
       inspection.tree->parent != inspection.tree->root) {

@@ -59,7 +59,7 @@ class WindowInspector final : public NonCopyable {
   WindowInspection inspect(xcb_window_t id);
   /// Returns why the window cannot be adopted; null if it can.
   const char* reasonNotToAdopt(const WindowInspection& inspection);
-  /// Returns true if the window is fullscreen or maximised, even in only one direction.
+  /// Returns true if the window is fullscreen, or maximised in at least one direction.
   [[nodiscard]] bool isMaximizedOrFullscreen(const WindowState& state) const;
   /// Returns true if the focus is on the window or on one of its descendants.
   bool hasFocus(const WindowInspection& inspection);

@@ -18,9 +18,9 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls a window has.
-/// `removableControls` are the controls that the window manager removes from a window if
-/// _MOTIF_WM_HINTS excludes the control's function. The value is 0 (NSWindowStyleMaskBorderless) if
-/// the window manager never removes a control. We found the values by trying the buttons, keys and
+/// `removableControls` are the controls that the window manager removes from a window whose
+/// _MOTIF_WM_HINTS excludes their functions. The value is 0 (NSWindowStyleMaskBorderless) if the
+/// window manager never removes a control. We found the values by trying the buttons, keys and
 /// drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
@@ -61,7 +61,7 @@ void WindowManager::requestProperties() {
 
 // When a window manager has ended, _NET_SUPPORTING_WM_CHECK may remain on the root window. The id
 // in the property may then belong to no window, or to another client's window. So this function
-// checks the window before it selects events on it.
+// checks the window before selecting events on the window.
 void WindowManager::readReplies() {
   const auto cookies = std::exchange(pendingReplies_, std::nullopt);
   if (!cookies) {

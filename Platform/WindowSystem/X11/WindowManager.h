@@ -11,16 +11,15 @@
 
 namespace vel::x11 {
 
-/// The running window manager, if there is one that supports the extended window manager hints
-/// (EWMH). A window manager may start, end and be replaced at any time. The constructor only
-/// requests the window manager's properties. The replies are read when they are first needed, so
-/// that opening the display does not block for a round trip.
+/// The running window manager. This class ignores a window manager that does not support the
+/// extended window manager hints (EWMH). A window manager may start, end and be replaced at any
+/// time. The constructor only requests the window manager's properties. The replies are read when
+/// they are first needed, so that opening the display does not block for a round trip.
 class WindowManager final : public NonCopyable {
  public:
   explicit WindowManager(Connection& connection);
 
-  /// Processes an event. Returns true if the window manager has ended or another window manager
-  /// has started.
+  /// Processes an event. Returns true if a window manager has started or ended.
   bool handle(const xcb_generic_event_t& event);
 
   /// Returns true if a window manager is running.
@@ -34,15 +33,16 @@ class WindowManager final : public NonCopyable {
   /// the stacking order. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
-  /// Sends a request for the focus of `window`. `time` is a server time, which the request
-  /// contains. A window manager may refuse the focus if `time` is old.
+  /// Asks the window manager to give `window` the focus. `time` is the server time in the request.
+  /// A window manager may refuse the request if `time` is old.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
   /// Returns the controls (close, miniaturise, resize) that the window manager offers for `window`.
-  /// Returns 0 if no window manager is running. If the window manager is known to publish wrong
-  /// controls or none, returns the controls that it offers for every window. If any other window
-  /// manager publishes no controls, returns no value. May block for round trips.
+  /// Returns 0 if no window manager is running. If the _NET_WM_ALLOWED_ACTIONS of the window
+  /// manager is known to be unreliable, returns the controls that the window manager never removes.
+  /// Otherwise returns no value if the window manager does not support this property. May block for
+  /// round trips.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a

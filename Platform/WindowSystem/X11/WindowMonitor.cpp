@@ -36,7 +36,7 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
-    // The back end needs this property only of adopted windows, that is, of windows that it has not
+    // `update` uses this property only for adopted windows: the windows that the back end has not
     // created.
     const Window* const window = windows_.find(notice.window);
     if (window != nullptr && window->isAdopted()) {
@@ -103,8 +103,8 @@ void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state)
   });
 }
 
-// The lambda runs when the report is delivered. The back end may have overridden the style since
-// the report was added. The lambda then reports nothing.
+// The lambda runs when the report is delivered. It checks the style again, because the back end may
+// have overridden the style since the report was added.
 void WindowMonitor::reportOwnersStyleMask(const Window& window) {
   if (!window.style->unreportedOwnersStyleMask()) {
     return;
@@ -121,7 +121,7 @@ void WindowMonitor::reportOwnersStyleMask(const Window& window) {
 }
 
 // The lambda runs when the report is delivered. It reads the frame again, because the frame may
-// have changed since the report was added. With the old frame, the delegate could draw a cover that
+// have changed since the report was added. With the old frame, the delegate could draw a scene that
 // is smaller than the window.
 void WindowMonitor::reportFrame(const Window& window) {
   reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {

@@ -1,5 +1,5 @@
-// Functions that write the properties that describe a window to window managers. `WindowStyle`
-// writes the style hints.
+// These functions write the properties of a window for window managers. `WindowStyle` writes the
+// style hints.
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,8 @@
 
 namespace vel::x11 {
 
-/// Writes the properties of a new window. `transientFor` is None for a window without an owner
-/// window.
+/// Writes the properties of a new window. `transientFor` is the owner window of the new window, or
+/// None.
 void writeProperties(Connection& connection, xcb_window_t window,
                      const WindowDescription& description, xcb_window_t transientFor);
 /// Writes _NET_WM_NAME and WM_NAME.

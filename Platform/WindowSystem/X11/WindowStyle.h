@@ -10,10 +10,11 @@
 namespace vel::x11 {
 
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
-/// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
-/// window, this class overrides _MOTIF_WM_HINTS while the style mask differs from the mask of the
-/// owner, the program that opened the window. Then this class restores the owner's value byte for
-/// byte.
+/// WM_NORMAL_HINTS. For a window that we create, this class writes the hints.
+///
+/// The owner of an adopted window is the program that created the window. While the style mask
+/// differs from the owner's mask, this class overrides _MOTIF_WM_HINTS. Afterwards, this class
+/// restores the owner's value byte for byte.
 ///
 /// This class never changes WM_NORMAL_HINTS of an adopted window: with a fixed size in the
 /// property, window managers would also refuse the owner's own requests for another size. This
@@ -21,7 +22,7 @@ namespace vel::x11 {
 ///
 /// The table shows _MOTIF_WM_HINTS of an adopted window after each write.
 /// - A to D are values or "no property".
-/// - "B - controls" is B without the title and the controls that the mask removes.
+/// - "B - controls" is B without the functions and decorations that the mask excludes.
 /// - "The event" is the PropertyNotify event for the owner's write.
 /// - The last column is the value that restoring would write. `HintOverride` computes it.
 /// - In the last five rows, the owner's value is C before the write.
@@ -62,9 +63,10 @@ class WindowStyle final : public NonCopyable {
   /// allow.
   [[nodiscard]] NSWindowStyleMask removedControls() const;
 
-  /// Sets the style mask. `frame` is the frame of the window. Blocks for a round trip to the X
-  /// server only if it restores the hints. Overriding does not block, so that a launch screen
-  /// appears without delay.
+  /// Sets the style mask. `frame` is the frame of the window. For an adopted window, restores the
+  /// hints if `styleMask` is the owner's last reported mask, and overrides the hints otherwise.
+  /// Restoring blocks for a round trip to the X server. Overriding does not block, so that a launch
+  /// screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
   /// Writes the new size into the hints of a window that we create, if the window is not resizable.
   /// Call this before the window gets another size: with the previous size in the hints, the window
@@ -77,8 +79,8 @@ class WindowStyle final : public NonCopyable {
 
   /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
   /// value does not contain both a set of functions and a set of decorations, this function may
-  /// write a value with both sets instead. `isRestoring` is then true, and `finishRestoring` must
-  /// follow.
+  /// write a value with both sets instead of the owner's value. `isRestoring` is then true, and
+  /// `finishRestoring` must follow.
   void restore();
   /// True while the property has the value with both sets. The window manager must read this value
   /// before `finishRestoring` writes the owner's value. Otherwise some window managers continue to

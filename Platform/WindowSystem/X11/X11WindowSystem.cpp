@@ -381,7 +381,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
       relay_.prepareOverride(*window, styleMask);
     }
     window->style->setMask(styleMask, window->frame);
-    // `setMask` may have restored the hints.
+    // `setMask` may have started or cancelled the restoration of the hints.
     restorer_.begin(*window);
     relay_.stopIfUnused();
     monitor_.reportOwnersStyleMask(*window);
@@ -481,8 +481,8 @@ bool X11WindowSystem::processEvents() {
   for (auto& [id, window] : windows_) {
     window.cover->logMissedMapDeadline(now);
   }
-  // `logErrors` ignores the errors of destroyed windows. So log errors only if no event is queued:
-  // a queued event may be a DestroyNotify.
+  // `logErrors` ignores the errors of requests on destroyed windows. So log errors only if no event
+  // is queued: a queued event may be a DestroyNotify.
   if (!connection_->pollForQueuedEvent()) {
     connection_->logErrors();
   }

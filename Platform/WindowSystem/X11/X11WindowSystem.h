@@ -20,13 +20,12 @@ namespace vel {
 
 /// The X11 back end, with its own connection to the server. It creates windows, and adopts windows
 /// of any client by their X ids. A window's handle is its X id. A window's frame is the rectangle
-/// of its content, without the window manager's frame. This class passes operations and events on
-/// to the classes in namespace x11, each of which has one concern. The back end calls its delegate
-/// from `deliverEvents` only.
+/// of its content, without the window manager's decorations. This class passes operations and
+/// events to classes in namespace x11. The back end calls its delegate only from `deliverEvents`.
 class X11WindowSystem final : public WindowSystem {
  public:
   /// Returns null, with the reason in `error`, if the display cannot be opened. An empty name means
-  /// the display that the environment names.
+  /// the display in the environment variable DISPLAY.
   static std::unique_ptr<X11WindowSystem> open(const std::string& displayName, std::string& error);
   ~X11WindowSystem() override;
 
@@ -81,9 +80,8 @@ class X11WindowSystem final : public WindowSystem {
   // Handles the events that have arrived and does the work whose deadline has passed. Returns true
   // if an event has arrived.
   bool processEvents();
-  // Passes the events that have arrived to `handle`. Then calls
-  // `StateRequestRelay::repeatRequests`, and `Cover::repair` for each cover. Returns true if an
-  // event has arrived.
+  // Calls `handle` for each event that has arrived. Then calls `StateRequestRelay::repeatRequests`,
+  // and `Cover::repair` for each cover. Returns true if an event has arrived.
   bool handleArrivedEvents();
   void handle(const xcb_generic_event_t& event);
   void handleClientMessage(const xcb_client_message_event_t& message);
