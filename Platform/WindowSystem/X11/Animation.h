@@ -13,7 +13,8 @@ class Animation final : public NonCopyable {
 
   /// The time of the next step of the animation; `kNever` if no spinner on screen is animated.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Draws the next step of all animated spinners on screen if its time has come.
+  /// If `deadline` has passed, draws all animated spinners on screen as they look at the time
+  /// `now`.
   void advance(Nanoseconds now);
 
  private:

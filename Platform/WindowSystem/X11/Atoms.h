@@ -34,7 +34,7 @@ enum class Atom : std::size_t {
   NetWmActionClose,
   NetWmActionMinimize,
   NetWmActionResize,
-  VelTime,  // our own property: the PropertyNotify for a write contains the server time
+  VelTime,  // our own property: `Connection::serverTime` writes it to learn the time
   Count,
 };
 

@@ -24,8 +24,8 @@ BrokenPipeGuard::BrokenPipeGuard() {
 }
 
 // A pending SIGPIPE must be removed before the signal is unblocked, or it would end the process. If
-// the signal was blocked before this guard existed, a pending SIGPIPE may not come from XCB, so it
-// stays pending.
+// the signal was blocked before this guard existed, the host may have raised the pending SIGPIPE.
+// The guard then leaves the signal pending.
 BrokenPipeGuard::~BrokenPipeGuard() {
   if (hasBlockedSignal_) {
     const sigset_t signals = brokenPipeSignal();

@@ -66,7 +66,8 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
-  // Asks for the extensions together with the atoms, to avoid more round trips.
+  // Requests the extensions before `internAtoms` blocks for its replies. One round trip then serves
+  // all these requests.
   xcb_prefetch_extension_data(connection_, &xcb_randr_id);
   xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);

@@ -54,8 +54,8 @@ inline constexpr std::uint8_t kSentByClient = 0x80;
 /// that send requests.
 class Connection final : public NonCopyable {
  public:
-  /// Returns null, with the reason in `error`, if the display cannot be opened. An empty name means
-  /// the display that the environment names.
+  /// Returns null, with the reason in `error`, if the display cannot be opened. If `displayName` is
+  /// empty, opens the display that the environment variable DISPLAY names.
   static std::unique_ptr<Connection> open(const std::string& displayName, std::string& error);
   ~Connection();
 
@@ -72,7 +72,8 @@ class Connection final : public NonCopyable {
   /// the root window as a surface of its own. Blocks until the server has replied to the requests
   /// that the constructor and `requestMonitorName` have sent.
   [[nodiscard]] bool isXwayland();
-  /// Requests the name of a monitor, which `isXwayland` needs. Only the first call has an effect.
+  /// Requests the text of the atom `name`, which must be the name of a monitor. `isXwayland` uses
+  /// the text. Only the first call has an effect.
   void requestMonitorName(xcb_atom_t name);
 
   /// Returns the next event that has arrived, or null. Does not block. Remembers errors for
@@ -80,8 +81,8 @@ class Connection final : public NonCopyable {
   Event nextEvent();
   /// Returns true if an event has arrived. Reads from the connection, but does not block.
   bool pollForEvent();
-  /// Returns true if an event has already been read from the connection, but not returned by
-  /// `nextEvent`. `poll` on the connection's descriptor does not report such an event.
+  /// Returns true if an event has already been read from the connection, and `nextEvent` has not
+  /// returned it yet. `poll` on the connection's descriptor does not report such an event.
   bool pollForQueuedEvent();
 
   /// Blocks until an event comes for which `isExpected` returns true. `nextEvent` still returns the
@@ -89,13 +90,14 @@ class Connection final : public NonCopyable {
   bool waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& isExpected,
                     Nanoseconds deadline);
 
-  /// Remembers a request on `window` that has just been sent, so that the log can name the
-  /// request if it fails. `request` is the name and must be a string literal.
+  /// Remembers a request on `window` that has just been sent. If the request fails, the log names
+  /// the request. `request` is the request's name and must be a string literal.
   void track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
     requestLog_.add(cookie.sequence, request, window);
   }
-  /// Blocks until the reply to a request comes. Returns null if the request fails. `request` (a
-  /// string literal) and `window` describe the request in the log.
+  /// Blocks until the reply to a request comes. Returns null if the request fails or the connection
+  /// is broken. `wait` is XCB's function for the reply, for example `xcb_intern_atom_reply`.
+  /// `request` (a string literal) and `window` describe the request in the log.
   template <class Reply, class Cookie>
   XcbPointer<Reply> waitForReply(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
                                  Cookie cookie, const char* request, xcb_window_t window) {

@@ -17,8 +17,8 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   }
   const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
-  // `reportedKeptControls` has no value from a change of the style mask until the next report. In
-  // this time, the window manager may still offer the controls of the previous mask.
+  // After a change of the style mask, `reportedKeptControls` has no value until the scheduled
+  // check. An earlier check could read the controls for the previous mask.
   if (window != nullptr && window->reportedKeptControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
@@ -64,8 +64,8 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  // For some window managers, `readOfferedControls` leaves out all controls that hints can remove.
-  // But after `WindowStyle::allowResizing`, our hints do not remove the control for resizing.
+  // While resizing is allowed, our hints do not remove the control for resizing. But for some
+  // window managers, `readOfferedControls` leaves out every control that hints can remove.
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }

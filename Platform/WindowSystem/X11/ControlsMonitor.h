@@ -8,7 +8,8 @@
 namespace vel::x11 {
 
 /// Reports the kept controls: the controls (close, miniaturise, resize) that the window manager
-/// still offers although a window's style mask excludes them.
+/// still offers although a window's style mask excludes them. A check of a window reads the
+/// controls that the window manager offers.
 class ControlsMonitor final : public NonCopyable {
  public:
   ControlsMonitor(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -17,7 +18,8 @@ class ControlsMonitor final : public NonCopyable {
   /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
   /// Call this when the window manager has ended, or another window manager has started. Schedules
-  /// a check of each window whose kept controls have been reported since its style mask was set.
+  /// a check of each window. Skips a window that has had no report since its style mask was last
+  /// set.
   void windowManagerChanged();
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
   /// kept controls even if they have not changed.
@@ -29,7 +31,7 @@ class ControlsMonitor final : public NonCopyable {
 
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Checks each window whose deadline has passed. Blocks for a round trip for each such window.
+  /// Makes each scheduled check whose time has passed. May block for round trips.
   void check(Nanoseconds now);
 
  private:

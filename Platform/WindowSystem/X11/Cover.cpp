@@ -326,8 +326,8 @@ bool Cover::isViewable() const {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
-    // Skips the hidden panes: the first pane if the overlay must be mapped, else the panes in the
-    // overlay.
+    // If the overlay must be mapped, it hides the first pane, so only the panes in the overlay are
+    // checked. If not, only the panes outside the overlay are checked.
     if (pane.isInOverlay == mustOverlayBeMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }
@@ -476,7 +476,7 @@ bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
 // Restacks from the top down. If this function restacked from the bottom up, a lower window would
 // briefly hide the windows that belong above it.
 void Cover::raise() {
-  xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was raised last
+  xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was restacked last
   const auto restack = [this, &sibling](const Child& child) {
     if (!child.isOpen()) {
       return;

@@ -15,22 +15,22 @@
 
 namespace vel::x11 {
 
-/// The windows that hide the content of one window and show a scene. The cover creates one child of
-/// the window for each item of the scene: a fill or a spinner. The child takes the pointer input in
-/// its area. The picture of the item is the child's background, so the server shows the picture as
-/// soon as it maps the child. For an item that fills the window, the cover makes the child larger
-/// than the window, so a growing window shows no gap.
+/// The windows that hide the content of one window and show a scene. Each item of the scene is a
+/// fill or a spinner. The cover creates one child of the window for each item. The child takes the
+/// pointer input in its area. The picture of the item is the child's background, so the server
+/// shows the picture as soon as it maps the child. For an item that fills the window, the cover
+/// makes the child larger than the window, so a growing window shows no gap.
 ///
-/// While another window is modal, the cover has one more child, the invisible shield. The shield
-/// takes all pointer input of the window. The cover keeps its children above the window's other
-/// children.
+/// While another window is modal, the cover also has a shield. The shield is an invisible child of
+/// the window and takes all pointer input of the window. The children that the cover has
+/// created stay above the window's other children.
 ///
 /// An adopted window is owned by another program or by the host. The owner can draw over the
 /// window's children. So if the first item of the scene fills an adopted window, the cover also
-/// opens an overlay above the window. The overlay repeats the first item and contains the child
-/// windows of the other items.
+/// opens an overlay above the window. The overlay shows the first item too. The overlay, not the
+/// adopted window, is then the parent of the windows for the other items.
 ///
-/// The owner can unmap or destroy the children of its window. `repair` maps or creates them again.
+/// The owner can unmap or destroy the cover's windows. `repair` maps or recreates them.
 ///
 /// Limits: without an overlay, a child that the window's owner adds is visible until we receive the
 /// event and raise the cover. If the owner has grabbed a button on its window, a press of that
@@ -53,15 +53,15 @@ class Cover final : public NonCopyable {
   /// Call this when the window has been destroyed: the server has then also destroyed its children.
   void windowDestroyed();
 
-  /// Returns true if the server has mapped the children of the window that show the scene. Does not
-  /// check the overlay and its children. Returns false if the scene is empty.
+  /// Returns true if the server has mapped the windows that show the scene. Does not check the
+  /// overlay and its children. Returns false if the scene is empty.
   [[nodiscard]] bool isMapped() const;
   /// Returns true if the server has mapped the windows that show the scene and every window that
   /// contains them, up to the root window. Returns false if the scene is empty. Blocks for a round
   /// trip.
   [[nodiscard]] bool isViewable() const;
-  /// The time by which the server should have mapped the children that show the scene. `kNever` if
-  /// all these children are mapped, if the scene is empty, or if `logMissedMapDeadline` has logged.
+  /// The time by which `isMapped` should return true. `kNever` if `isMapped` returns true, if the
+  /// scene is empty, or if `logMissedMapDeadline` has logged.
   [[nodiscard]] Nanoseconds mapDeadline() const;
   /// If `mapDeadline` has passed, logs once that the cover is not on the screen.
   void logMissedMapDeadline(Nanoseconds now);
@@ -82,7 +82,7 @@ class Cover final : public NonCopyable {
   void animate(Nanoseconds now);
 
  private:
-  /// The state of a child of the cover, as the server's events report it.
+  /// The state of a window of the cover, as the server's events report it.
   enum class ChildState : std::uint8_t { BeingMapped, Mapped, Unmapped, Destroyed };
   struct Child {
     xcb_window_t window = XCB_WINDOW_NONE;
@@ -92,7 +92,7 @@ class Cover final : public NonCopyable {
     [[nodiscard]] bool isOpen() const { return window != XCB_WINDOW_NONE; }
     [[nodiscard]] bool isDestroyed() const { return isOpen() && state == ChildState::Destroyed; }
   };
-  /// The window for one item of the scene.
+  /// An item of the scene and its window.
   struct Pane {
     Child child;  // not open if the item cannot be drawn
     // True for a child of the overlay. The cover then ignores `child.state`.
@@ -140,7 +140,9 @@ class Cover final : public NonCopyable {
   std::vector<Pane> panes_;   // back to front
   Child shield_;
   Nanoseconds mapDeadline_ = kNever;
-  // The server may still report errors of requests on these windows.
+  // The windows that `destroy` has destroyed most recently. If `window_` was destroyed first, our
+  // DestroyWindow requests for its children fail. `windowDestroyed` ensures that these errors are
+  // not logged.
   std::vector<xcb_window_t> recentlyDestroyedWindows_;
 };
 
