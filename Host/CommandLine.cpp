@@ -29,7 +29,8 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
-  // Without this call, a file that the program opens could replace a closed standard stream.
+  // Without this call, a file that the program opens could get the descriptor of a closed standard
+  // stream.
   openClosedStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");

@@ -60,9 +60,9 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The file for `--timeline`, an SVG picture of what happens in the scenario. The constructor opens
-/// the file. Construct this object before the scenario is played: if the constructor throws, no
-/// trace is printed.
+/// The SVG file that the option `--timeline` names. The picture shows what happens in the scenario.
+/// The constructor opens the file. Construct this object before the scenario is played, so that no
+/// trace is printed if the file cannot be opened.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.

@@ -1,6 +1,6 @@
-// The command `launchscreen play`. It plays a scenario and prints a trace. A scenario is a JSON
-// file that describes what a host and its user do. A host is a program that uses the library. A
-// trace has one line of JSON for each event.
+// The command `launchscreen play` plays a scenario and prints a trace. A host is a program that
+// uses the library. A scenario is a JSON file that describes what a host and its user do. A trace
+// has one line of JSON for each event.
 #pragma once
 
 #include <iosfwd>
@@ -11,15 +11,15 @@
 
 namespace vel::host {
 
-/// The exit status if the scenario stops early because a collection was changed while it was being
-/// enumerated. In a real host, this error would end the process.
+/// The exit status if a collection is changed while it is being enumerated. The scenario then stops
+/// early. In a real host, this error would end the process.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
   /// The file with the scenario, or "-" for standard input.
   std::string file;
-  /// The file for the timeline, an SVG picture of what happens in the scenario. Without a value, no
-  /// picture is drawn.
+  /// The file for the timeline. The timeline is an SVG picture of what happens in the scenario.
+  /// Without a value, no timeline is drawn.
   std::optional<std::string> timelinePath = std::nullopt;
 };
 

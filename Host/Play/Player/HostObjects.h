@@ -1,5 +1,5 @@
-// The classes of the host's objects. The host is the program that uses the library. `Player` acts
-// as the host and creates these objects.
+// Classes of the host objects that `Player` creates. `Player` acts as the host. The host is the
+// program that uses the library.
 #pragma once
 
 #include <functional>
@@ -23,7 +23,7 @@ class HostWindow final : public Class<HostWindow, "NSWindow", NSWindow> {
   std::string className_;
 };
 
-/// A plain view controller whose class name is chosen at run time.
+/// A view controller whose class name is chosen at run time.
 class HostViewController final
     : public Class<HostViewController, "NSViewController", NSViewController> {
  public:

@@ -33,8 +33,8 @@ class Player final : private PlatformObserver {
   /// Plays the whole scenario.
   PlayOutcome play();
 
-  /// Plays one step: runs the loop until the step's time and performs the step. Tests call this
-  /// function instead of `play()`.
+  /// Plays one step: runs the main run loop until the step's time and then performs the step. A
+  /// test that checks the state after each step calls this function instead of `play()`.
   void play(const Step& step);
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
   [[nodiscard]] WindowNames& names() { return windowNames_; }
@@ -56,8 +56,7 @@ class Player final : private PlatformObserver {
   Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
-  // `content` is a LaunchScreenContent that is passed as ContentData or as ContentView. Returns
-  // `std::nullopt` for null.
+  // `content` must be a LaunchScreenContent or null. Returns `std::nullopt` for null.
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // Returns the view controller of the manager's main content, or null.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
@@ -98,7 +97,8 @@ class Player final : private PlatformObserver {
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  // The manager's main content, even after the manager has released it.
+  // The main content that the manager creates. The content can still exist after the
+  // manager has released it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   // The covers that have started to appear. `isCovered` removes the covers that are no longer

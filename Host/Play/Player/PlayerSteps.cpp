@@ -38,8 +38,8 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& newScript)
           }
         });
   }
-  // Not `manager_->content()`: a main content that the manager has released can still notify its
-  // delegate.
+  // The main content can still notify its delegate after the manager has released it. Therefore
+  // do not use `manager_->content()`, which is null then.
   send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
@@ -199,7 +199,7 @@ void Player::perform(const step::DismissOver& /*action*/) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();
     if (sheetController->view()->window() != nullptr) {
-      // The sheet dismisses itself, because the delegates of the cover could refuse the
+      // If the launch screen's view controller dismissed the sheet, its delegates could refuse the
       // dismissal.
       sheetController->dismissViewController(sheetController);
       return;

@@ -50,8 +50,8 @@ class JsonValue {
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// Returns the elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expectedValue) const;
-  /// Reads a string and returns the table entry with this name. Throws a ScenarioError if the table
-  /// has no such entry.
+  /// Reads a string and returns the table entry whose name is the string. Throws a ScenarioError if
+  /// the table has no such entry.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryIn(const NamedValue<Value> (&table)[Size]) const;
   /// Returns the value of the entry that `entryIn` returns.
@@ -68,7 +68,7 @@ class JsonValue {
   JsonPointer pointer_;
 };
 
-/// The members of a JSON object. The caller reads each known member and then calls
+/// The members of a JSON object. The caller reads the members that it supports and then calls
 /// `rejectUnknownMembers`.
 class JsonMembers {
  public:
@@ -79,7 +79,7 @@ class JsonMembers {
   /// Returns the value of the member with this name. The value may be missing.
   [[nodiscard]] JsonValue operator[](std::string_view name);
 
-  /// Reads the member into `target` if the member is present, for example:
+  /// Reads the member `name` into `target` if the member is present, for example:
   /// `members.readInto(broker, "broker", &JsonValue::boolean)`.
   template <class Target, class Reader>
   void readInto(Target& target, std::string_view name, Reader reader) {
@@ -87,7 +87,7 @@ class JsonMembers {
       target = std::invoke(reader, value);
     }
   }
-  /// Reads the member into `target` with `JsonValue::valueIn` if the member is present.
+  /// Reads the member `name` into `target` with `JsonValue::valueIn` if the member is present.
   template <class Target, class Value, std::size_t Size>
   void readInto(Target& target, std::string_view name, const NamedValue<Value> (&table)[Size]) {
     if (const JsonValue value = (*this)[name]; value.isPresent()) {

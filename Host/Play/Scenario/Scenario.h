@@ -89,7 +89,7 @@ inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
     {"content", DismissalPath::Content},
 };
 
-/// The operations that a step `send` can call.
+/// The operations that a `Send` step can call.
 enum class SentOperation : std::uint8_t {
   // Operations of the manager
   SendAnalyticsEvent,
@@ -157,7 +157,7 @@ struct Send {
 /// property unchanged.
 struct Configure {
   std::optional<bool> skipMode;
-  /// If only the outer optional has a value, the step sets the event name to null.
+  /// If the inner optional has no value, the host sets the event name to null.
   std::optional<std::optional<std::string>> nextEventName;
   std::optional<double> expirationTimeInterval;
   /// True sets a new view controller. False sets null.
@@ -193,7 +193,7 @@ struct ActivateApp {};
 struct StopModal {};
 /// The launch screen's view controller presents a new NSViewController as a sheet.
 struct PresentOver {};
-/// Dismisses the newest sheet of the `PresentOver` steps. Skips sheets that are already dismissed.
+/// The host dismisses the newest `PresentOver` sheet that is still presented.
 struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;

@@ -55,7 +55,7 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
-  // If the scenario has no member "host", `readHost` reads an empty object. It then adds the
+  // If the scenario has no member "host", `readHost` reads an empty object and adds the
   // default window's name to `names`.
   const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];

@@ -14,8 +14,8 @@ namespace {
 
 constexpr double kMaximumSeconds = 1'000'000;
 
-// Returns the number in the name of a window that a presentation opens, for example 2 for
-// "sheet-2". Returns 0 if the name does not consist of the prefix and a number.
+// Returns the number after the prefix, for example 2 for the name "sheet-2" and the prefix
+// "sheet-". Returns 0 if the name does not consist of the prefix and a number.
 std::uint64_t presentationNumber(std::string_view name, std::string_view prefix) {
   if (!name.starts_with(prefix)) {
     return 0;
@@ -144,8 +144,8 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    // The step removes the delegate, so a member "deactivateDuring" is invalid. Without operations
-    // in `script`, `readViewDelegateMembers` rejects this member.
+    // A step that removes the delegate must not have the member "deactivateDuring".
+    // `readViewDelegateMembers` rejects this member because `script` has no operations.
     script.operations.reset();
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);

@@ -13,18 +13,18 @@ namespace vel::host {
 
 /// The window names that a step may use: the names of the host's windows, and the names of the
 /// modal windows and sheets that earlier steps open, for example "sheet-1". A known name need not
-/// belong to an open window: a presentation can fail, and a window can be closed.
+/// belong to an open window: a step can fail to open its window, and a window can be closed.
 class KnownWindowNames {
  public:
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
-  /// or is reserved for presentations.
+  /// or is reserved for modal windows and sheets.
   std::string add(const JsonValue& name);
-  /// Adds the name of the default window. The host opens it if the scenario does not list windows.
+  /// Adds the name of the window that the host opens if the scenario has no list of windows.
   void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
-  /// Adds the next modal window or sheet, which a `step::Present` with this mode opens. Mode 0
-  /// opens no window.
+  /// Adds the name of the modal window or sheet that a `step::Present` with this mode opens.
+  /// Adds nothing for mode 0, which opens no window.
   void addPresentation(std::int32_t mode);
-  /// Adds the next sheet, which a `step::PresentOver` opens.
+  /// Adds the name of the sheet that a `step::PresentOver` opens.
   void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;

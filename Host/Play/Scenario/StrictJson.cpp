@@ -110,7 +110,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return true;
   }
 
-  // Returns the JSON pointer to the innermost open container.
+  // Returns the JSON pointer to the innermost open object or array.
   [[nodiscard]] JsonPointer containerPointer() const {
     JsonPointer pointer;
     for (std::size_t level = 0; level + 1 < openContainers_.size(); ++level) {
@@ -137,7 +137,8 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   Json document_;
   // The objects and arrays that are not closed yet, from the outermost to the innermost.
   std::vector<Json*> openContainers_;
-  // For each open container, the name of its latest member. The name is empty for an array.
+  // For each element of `openContainers_`, the name of its latest member. The name is empty for an
+  // array.
   std::vector<std::string> keys_;
   bool expectsValue_ = false;  // true between the name of a member and its value
 };

@@ -5,8 +5,8 @@
 
 namespace vel::host {
 
-/// The position of a mark's label. Row 0 is the topmost row. The label is to the right or to the
-/// left of the mark.
+/// The position of the label of a mark. A mark is a circle in a picture. Row 0 is the topmost row.
+/// The label is to the right or to the left of the mark.
 struct LabelPosition {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
