@@ -29,18 +29,18 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
   ~NSViewController() override;
 
-  /// Makes a plain controller. Ignores `nibName`: this platform layer cannot load nib files.
+  /// Ignores `nibName`, because this platform layer cannot load nib files.
   static Strong<NSViewController> initWithNibNameBundle(std::string_view nibName,
                                                         Strong<NSBundle> bundle);
 
   [[nodiscard]] Strong<NSBundle> nibBundle() const { return bundle_; }
 
-  /// The view. The first call creates it with `loadView`.
+  /// The view. Calls `loadView` and then `viewDidLoad` if the controller has no view.
   [[nodiscard]] Strong<NSView> view();
   void setView(Strong<NSView> view);
   [[nodiscard]] bool isViewLoaded() const { return view_ != nullptr; }
 
-  /// Creates a plain, empty view.
+  /// Creates an empty view and sets it with `setView`.
   virtual void loadView();
   virtual void viewDidLoad() {}
   virtual void viewWillAppear();
@@ -80,8 +80,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during an appearance.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the method has been called since the most recent appearance began. That appearance may
-  /// have ended.
+  /// True if `method` has been called since the start of the most recent appearance, even if that
+  /// appearance has ended.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -93,7 +93,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   // Begins an appearance and returns its id.
   std::uint64_t beginAppearance();
-  // Calls the method, unless the appearance has ended or the method was already called.
+  // Calls `method` unless the appearance has ended or `method` has already been called during it.
   void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
   // Records a call of a life-cycle method and reports the call to the platform observer.
   void recordCall(LifeCycleMethod method);
@@ -101,8 +101,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   // its presenting controller.
   void presentIn(const Strong<NSWindow>& window,
                  const Strong<NSViewController>& presentedController);
-  // Called on the presented controller. Removes the presenting controller and the window that
-  // `presentIn` has set.
+  // Called on the presented controller. Undoes the changes that `presentIn` has made to both
+  // controllers.
   void endPresentation();
 
   Strong<NSBundle> bundle_;

@@ -300,9 +300,8 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// Sends the scene to the window system even while the window is miniaturised. The owner of an
-// adopted window can deminiaturise it while our run loop is not running. The window must then show
-// the current scene.
+// Sends the scene to the window system even while the window is miniaturised. The window may be
+// deminiaturised while our run loop is not running, and must then show the current scene.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

@@ -33,12 +33,12 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
   ~NSWindow() override;
 
-  /// Makes a window with a plain content view. The window is not open.
+  /// Makes a window with an empty content view. The window is not open.
   static Strong<NSWindow> initWithContentRectStyleMask(CGRect frame, NSWindowStyleMask styleMask) {
     return initAs<NSWindow>(frame, styleMask);
   }
-  /// Makes a `Window`, which is NSWindow or a subclass, in the same way. Passes `arguments` to the
-  /// constructor.
+  /// Makes a window of the class `Window`, which is NSWindow or a subclass, and passes `arguments`
+  /// to its constructor. The window has an empty content view and is not open.
   template <class Window, class... Arguments>
   static Strong<Window> initAs(Arguments&&... arguments) {
     auto window = make<Window>(std::forward<Arguments>(arguments)...);
@@ -69,7 +69,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
     return contentViewController_;
   }
-  /// Makes the controller's view the content view and resizes it to the window. Null sets a plain
+  /// Makes the controller's view the content view and resizes it to the window. Null sets an empty
   /// content view.
   void setContentViewController(const Strong<NSViewController>& controller);
 
@@ -86,7 +86,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Opens the window, or raises it if it is on screen. Does not make it key. Does nothing if the
   /// window is miniaturised.
   void orderFront();
-  /// Opens or raises the window and makes it key, as `makeKeyWindow` does.
+  /// Opens or raises the window as `orderFront` does, and makes it key as `makeKeyWindow` does.
+  /// Does nothing if the window is miniaturised.
   void makeKeyAndOrderFront();
   /// Closes an open window. Its sheets close first, then the view controllers in it disappear, then
   /// another window becomes key. If this window presents a view controller, the presentation ends.
@@ -99,10 +100,10 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void miniaturize();
   void deminiaturize();
 
-  /// Requests the focus for an on-screen window without changing the stacking order. On the
-  /// headless back end, the window is key when this function returns. On the other back ends, a
-  /// later pass of the run loop makes the window key and posts NSWindowDidBecomeKeyNotification,
-  /// unless the window manager refuses the request.
+  /// Requests the focus for this window without changing the stacking order. Does nothing if the
+  /// window is not on screen or is already key. On the headless back end, the window is key when
+  /// this function returns. On the other back ends, a later pass of the run loop makes the window
+  /// key and posts NSWindowDidBecomeKeyNotification, unless the window manager refuses the request.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
   /// True during a modal session of the window.
@@ -125,8 +126,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
-  /// Delays drawing while it exists, and draws when it is destroyed. Without the delay, the window
-  /// would show a new content view before `viewWillAppear` has prepared the view.
+  /// The window does not draw while a DisplayPause exists, and draws when the last one is
+  /// destroyed. Without the pause, the window would show a new content view before `viewWillAppear`
+  /// has prepared the view.
   class DisplayPause : private NonCopyable {
    public:
     explicit DisplayPause(Strong<NSWindow> window) : window_(std::move(window)) {

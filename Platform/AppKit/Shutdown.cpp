@@ -25,8 +25,8 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
     : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
 
 void shutDown() {
-  // The functions that are called below may call back, and a callback may run the run loop. That
-  // run must not execute timers and blocks that were scheduled before the shutdown.
+  // The shutdown runs callbacks, and a callback may run the run loop. The run loop must not
+  // execute timers and blocks that were scheduled before the shutdown.
   removeScheduledWork();
   send(NSApp, &NSApplication::disconnect);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {

@@ -18,9 +18,9 @@ struct Appearance {
 
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
 /// first opens the view's window or adds the view to an open window. The caller then constructs
-/// this object and calls `sendWillAppear` and `sendDidAppear`. If a life-cycle method ends the
-/// appearance of a controller, for example because the method removes the controller's view, this
-/// object calls no further method of the controller.
+/// this object and calls `sendWillAppear` and `sendDidAppear`. A life-cycle method may end a
+/// controller's appearance, for example by removing the controller's view. This object then calls
+/// no further method of that controller.
 class AppearanceTransition {
  public:
   /// Begins an appearance for each controller that is not shown yet.
@@ -39,8 +39,7 @@ class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
   void sendWillDisappear();
-  /// Ends the appearances of the controllers that `sendWillDisappear` has processed, and calls
-  /// their `viewDidDisappear`.
+  /// Ends the appearances of the disappearing controllers and calls their `viewDidDisappear`.
   void sendDidDisappear();
 
  private:

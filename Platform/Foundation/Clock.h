@@ -16,10 +16,9 @@ class VEL_EXPORT Clock : NonCopyable {
 
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
-  /// Waits until `deadline` or until a call of `wake`. The clock for real time, `RealClock`, also
-  /// stops waiting on input or after a signal. Returns true, except that a `VirtualClock`
-  /// returns false if `deadline` is `kNever` and no call of `wake` is pending. Such a wait would
-  /// never end.
+  /// Waits until `deadline` or until a call of `wake`. A `RealClock` also stops waiting when
+  /// input or a signal arrives. Returns false only on a `VirtualClock`, if the deadline is `kNever`
+  /// and no earlier call of `wake` ends the wait.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
   /// Ends the current wait. If no wait is in progress, ends the next wait.
@@ -36,7 +35,7 @@ class VEL_EXPORT VirtualClock final : public Clock {
       return true;
     }
     if (deadline == kNever) {
-      return false;
+      return false;  // the wait would never end
     }
     if (deadline > now_) {
       now_ = deadline;

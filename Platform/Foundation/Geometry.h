@@ -1,4 +1,5 @@
-// Points, sizes, rectangles and colours. Lengths are in points. The y axis points up.
+// Positions, sizes, rectangles and colours. Lengths are in points. The y coordinate
+// increases upwards.
 #pragma once
 
 namespace vel {

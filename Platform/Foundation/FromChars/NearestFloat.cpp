@@ -9,8 +9,8 @@ namespace vel {
 
 namespace {
 
-// `number` must be unsigned and outside the range of `float`. Returns true if it is too large, and
-// false if it is too close to 0. `std::from_chars` does not distinguish these two cases.
+// `number` must have no sign and be outside the range of `float`. Returns true if it is too large,
+// and false if it is too close to 0. `std::from_chars` does not distinguish these two cases.
 bool isTooLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);
