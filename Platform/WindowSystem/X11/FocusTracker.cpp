@@ -66,7 +66,8 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   }
 }
 
-// Changes `reportedFocus_` too, because `focusMoved` does not report a loss that `orderOut` causes.
+// Clears `reportedFocus_` too, so that `reportChanges` does not call `focusMoved` for a loss
+// that `orderOut` causes.
 void FocusTracker::windowWithdrawn(xcb_window_t window) {
   if (focus_ == window) {
     focus_ = reportedFocus_ = XCB_WINDOW_NONE;
@@ -139,14 +140,14 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   }
 }
 
-// The server sends a FocusOut and the matching FocusIn together. So after the round trip, the
-// FocusIn has arrived if one of our windows got the focus.
+// When the focus moves between two windows of the back end, the server sends the FocusOut and the
+// matching FocusIn together. So after the round trip, the FocusIn has arrived.
 void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
-  // After these events, the caller must update the windows and then call `reportChanges` again.
+  // If true, the caller of `reportChanges` must update the windows and call `reportChanges` again.
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may set the focus to the root window, PointerRoot or
-  // None. The window that had the focus then gets it back.
+  // None. We then return the focus to the window that had it.
   Window* const previousWindow = windows_.find(reportedFocus_);
   const bool isFocusOnRootOrNone =
       focus != nullptr &&

@@ -30,8 +30,8 @@ class FocusTracker final : public NonCopyable {
   void handle(const xcb_generic_event_t& event);
   /// Call this when the window manager has ended, or another window manager has started.
   void windowManagerChanged();
-  /// Call this after the adoption of a window. `hasFocus` is true if the window has the focus. May
-  /// block for a round trip.
+  /// Call this when the back end has adopted a window that it did not create. `hasFocus` is true if
+  /// the window has the focus. May block for a round trip.
   void windowAdopted(xcb_window_t window, bool hasFocus);
   /// Call this when `orderOut` has unmapped the window.
   void windowWithdrawn(xcb_window_t window);

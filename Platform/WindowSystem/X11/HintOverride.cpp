@@ -7,9 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. An owner that edits the property first reads it and later writes it. In
-// practice, we write the property fewer times than this limit between the owner's read and its
-// write.
+// Limits the memory. An owner may read the property, edit the value and write it back. In practice,
+// we write the property fewer times than this limit between the owner's read and its write.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 // Returns true if `element` and `ourElement` are equal in the bits of the mask `changes`.
@@ -66,8 +65,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
     if (value && isBasedOnWrite(write, *value)) {
-      // If the owner wrote our value back unchanged, uses `write.ownersValue`. `withoutOurChanges`
-      // could not return this value if it is missing or has fewer elements than ours.
+      // If the owner wrote our value back unchanged, uses `write.ownersValue`.
+      // `withoutOurChanges` would keep the elements that we added.
       interpretation =
           value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
     }
@@ -75,8 +74,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   return interpretation;
 }
 
-// Returns, for each element, a mask of the bits that we changed in the owner's value. For a
-// number that we changed, the mask contains all bits.
+// Returns, for each element, a mask of the bits that we changed in the owner's value. If the
+// element is a number, not a set of bits, the mask contains all bits or none.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> ownersElements =
@@ -91,9 +90,9 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
 
 // Returns true if the owner has probably read the value that we wrote and then written `value`,
 // with or without an edit. This function checks two conditions:
-// 1. `value` contains our changes in the flags (element 0), and in the first element after the
-//    flags that we changed.
-// 2. If we changed elements after the flags, at least one of them is exactly as we wrote it.
+// 1. `value` contains our changes of element 0 (the flags) and of the next element that we changed.
+// 2. If we changed elements other than the flags, `value` contains at least one of these elements
+//    exactly as we wrote it.
 // The first condition is not enough: most of our changes remove bits, and an owner that has not
 // read our value can remove the same bits by chance.
 bool HintOverride::isBasedOnWrite(const RecentWrite& write, const Property& value) const {

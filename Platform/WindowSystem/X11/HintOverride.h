@@ -17,15 +17,15 @@ using HintValue = std::optional<Property>;
 /// `minCount`.
 [[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
-/// One hint of an adopted window, for example the property _MOTIF_WM_HINTS. The owner is the
-/// program that owns the window. This class keeps the owner's value, which we restore later, and
+/// One hint of an adopted window, for example the property _MOTIF_WM_HINTS. An adopted window was
+/// created by its owner, not by us. This class keeps the owner's value, which we restore later, and
 /// the current value, which we may have written. This class sends no requests: `WindowStyle` reads
 /// and writes the property and passes the values to this class.
 ///
 /// The owner can write the property at any time. The value that it writes becomes the owner's
-/// value, with one exception. Many programs read a property, edit a part of it and write it back.
-/// If such a program has read a value that we wrote, its new value still contains some of our
-/// changes. The owner's value is then the new value without our changes.
+/// value, with one exception. Many owners read a property, edit a part of it and write it back. If
+/// such an owner has read a value that we wrote, its new value still contains some of our changes.
+/// The owner's value is then the new value without our changes.
 class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
@@ -43,15 +43,15 @@ class HintOverride {
   /// request is then needed.
   [[nodiscard]] bool recordWrite(const HintValue& value);
   /// Forgets our writes. Call this after you restore the owner's value. The next value that the
-  /// owner writes then becomes the owner's value unchanged.
+  /// owner writes is then not checked for our changes.
   void forgetWrites();
 
   /// Records that we have read `value` from the window. If `value` is not the current value, the
   /// owner wrote it, and this function updates the owner's value and the current value.
   void recordCurrentValue(const HintValue& value);
-  /// Records that one of our writes replaced `value`. `expectedValue` is the current value before
-  /// that write. If `value` differs from `expectedValue`, the owner wrote `value`, and this
-  /// function updates only the owner's value.
+  /// Records that one of our writes replaced `value`. `expectedValue` is the result of
+  /// `currentValue` before that write. If `value` differs from `expectedValue`, the owner wrote
+  /// `value`, and this function updates only the owner's value.
   void recordReplacedValue(const HintValue& expectedValue, const HintValue& value);
 
  private:

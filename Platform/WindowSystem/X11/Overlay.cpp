@@ -14,7 +14,7 @@ namespace vel::x11 {
 namespace {
 
 // Returns the window on which a structure event was selected; None for other events. All structure
-// events have this field at the same offset.
+// events have the field `event` at the same offset.
 xcb_window_t receiverOf(const xcb_generic_event_t& event) {
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY:
@@ -30,8 +30,8 @@ xcb_window_t receiverOf(const xcb_generic_event_t& event) {
   }
 }
 
-// Returns the window that a structure event is about. All structure events have this field at the
-// same offset.
+// Returns the window that a structure event is about. All structure events have the field
+// `window` at the same offset.
 xcb_window_t subjectOf(const xcb_generic_event_t& event) {
   return eventAs<xcb_map_notify_event_t>(event).window;
 }

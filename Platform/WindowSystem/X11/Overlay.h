@@ -15,8 +15,8 @@ class WindowTable;
 /// The overlay is a sibling directly above the adopted window, with the same position and size. If
 /// the adopted window fills its parent, and the parent is not the root window, the overlay has the
 /// maximum size of a window instead. The overlay clips what the owner draws, even if the owner
-/// draws with IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted
-/// window would not hide such drawing.
+/// draws with IncludeInferiors, raises child windows or uses OpenGL. An overlay that was a child
+/// of the adopted window would not hide such drawing.
 ///
 /// The overlay takes no input: the server sends pointer events to the window below it. If the
 /// window manager has put the adopted window into a frame window, the overlay moves with the frame
@@ -58,9 +58,9 @@ class Overlay final : public NonCopyable {
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
-  /// Returns true if `show` has been called and the adopted window is mapped. On Xwayland, the
-  /// adopted window of an overlay on the root window must also have the focus. May block for round
-  /// trips.
+  /// Returns true if `show` has been called and the adopted window is mapped. On Xwayland, if
+  /// the parent is the root window, the adopted window must also have the focus. May block for
+  /// round trips.
   [[nodiscard]] bool mustBeMapped() const;
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
@@ -75,7 +75,7 @@ class Overlay final : public NonCopyable {
   /// Puts the overlay directly above the adopted window.
   void restack();
 
-  /// Processes an event: the overlay follows the adopted window. Closes the overlay if the
+  /// Processes an event, so that the overlay follows the adopted window. Closes the overlay if the
   /// overlay's window is destroyed, or if the adopted window gets another parent. May block for
   /// round trips.
   void handle(const xcb_generic_event_t& event);

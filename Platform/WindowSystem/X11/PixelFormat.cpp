@@ -49,8 +49,8 @@ std::uint32_t PixelFormat::pixel(CGColor color) const {
     return isLight ? screen_.white_pixel : screen_.black_pixel;
   }
   const auto& [red, green, blue] = *channelMasks;
-  // The bits that no colour component uses can be the opacity. Setting these bits makes the pixel
-  // opaque.
+  // The bits that no colour component uses may contain the opacity. Setting these bits makes the
+  // pixel opaque.
   return maskedComponent(color.red, red) | maskedComponent(color.green, green) |
          maskedComponent(color.blue, blue) | (depthMask_ & ~(red | green | blue));
 }

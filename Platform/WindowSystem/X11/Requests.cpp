@@ -10,8 +10,8 @@ namespace {
 
 std::uint32_t unsignedOf(int value) { return static_cast<std::uint32_t>(value); }
 
-// Sends an event about `window` to the root window. A window manager receives it, because it has
-// selected SubstructureNotify and SubstructureRedirect on the root window.
+// Sends an event about `window` to the root window. The window manager receives the event, because
+// it has selected SubstructureNotify and SubstructureRedirect on the root window.
 template <class Event>
 void sendToRoot(Connection& connection, xcb_window_t window, const Event& event) {
   std::array<char, 32> bytes{};

@@ -20,8 +20,8 @@ class StackingOrder final : public NonCopyable {
 
   /// Processes an event that may announce a change of the order.
   void handle(const xcb_generic_event_t& event);
-  /// Records that the delegate assumes that this window is in front. Schedules a check, because the
-  /// window manager may decide otherwise.
+  /// Records that the `WindowSystemDelegate` assumes that this window is in front. Schedules a
+  /// check, because the window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
   /// Schedules a check after `kWindowManagerDelay`, which gives the window manager time to act.
   void scheduleCheck();

@@ -64,7 +64,7 @@ constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_heig
 constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
-// Returns a set with the same meaning as `set` that does not contain `kAllExcept`.
+// Returns a set that has the same meaning as `set` but does not contain `kAllExcept`.
 std::uint32_t resolveInversion(std::uint32_t set, std::uint32_t allBits) {
   return (set & kAllExcept) != 0 ? allBits & ~set : set;
 }

@@ -10,10 +10,10 @@ namespace vel::x11 {
 
 namespace {
 
-// Returns true if the call of `begin` came less than `kWindowManagerDelay` after we overrode the
-// hints. The window manager's events may then be reactions to the override. They do not show that
-// the window manager has read the restored hints. Call this only if `restorationProbe` is
-// XCB_WINDOW_NONE: `begin` then sets the deadline to `kWindowManagerDelay` after the call.
+// Returns true if `begin` was called less than `kWindowManagerDelay` after we overrode the hints.
+// An event may then be the window manager's reaction to the override, not to the restored hints.
+// The window must have no `restorationProbe`: only then is `restorationDeadline` the time of the
+// call of `begin` plus `kWindowManagerDelay`.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;

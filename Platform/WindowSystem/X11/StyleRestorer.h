@@ -6,10 +6,10 @@
 
 namespace vel::x11 {
 
-/// Takes the second step of restoring the _MOTIF_WM_HINTS of an adopted window. The second step is
-/// needed if the owner's value does not contain both a set of functions and a set of decorations,
-/// or if the owner has not set the property. When a value does not contain a set, some window
-/// managers continue to apply the set of the previous value. So in the first step,
+/// Completes the restoration of the _MOTIF_WM_HINTS of an adopted window. The property can contain
+/// a set of functions and a set of decorations. If a new value does not contain one of these sets,
+/// some window managers continue to apply this set of the previous value. So if the owner's value
+/// is missing or does not contain both sets, the restoration takes two steps. In the first step,
 /// `WindowStyle::restore` writes a value with both sets. In the second step, this class writes the
 /// owner's value. The second step waits until the window manager has read the value with both sets,
 /// or until a time limit has passed. Without a window manager, the second step follows immediately.
@@ -30,7 +30,7 @@ class StyleRestorer final : public NonCopyable {
   void begin(Window& window);
   /// Processes an event that may show that the window manager has read the hints.
   void handle(const xcb_generic_event_t& event);
-  /// The time at which `check` takes the next second step; `kNever` if no second step is scheduled.
+  /// The time of the earliest scheduled second step; `kNever` if no second step is scheduled.
   [[nodiscard]] Nanoseconds deadline() const;
   /// Takes the second step for each window whose deadline has passed.
   void check(Nanoseconds now);
