@@ -27,11 +27,11 @@ std::array<int, 2> makePipe() {
 
 }  // namespace
 
-ShowProcess::ShowProcess(const XServer& server, std::vector<std::string> arguments) {
+ShowProcess::ShowProcess(const std::string& display, std::vector<std::string> arguments) {
   const auto input = makePipe();
   const auto output = makePipe();
   arguments.insert(arguments.begin(), {LAUNCHSCREEN, "show", "--display", "x11"});
-  process_ = Process(std::move(arguments), server.display(),
+  process_ = Process(std::move(arguments), display,
                      {.input = input[0], .output = output[1], .errors = output[1]});
   close(input[0]);
   close(output[1]);

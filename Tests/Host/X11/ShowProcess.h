@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Platform/Foundation/NonCopyable.h"
@@ -14,7 +15,9 @@ namespace vel::test {
 class ShowProcess : NonCopyable {
  public:
   /// `arguments` follow `show --display x11`.
-  ShowProcess(const XServer& server, std::vector<std::string> arguments);
+  ShowProcess(const XServer& server, std::vector<std::string> arguments)
+      : ShowProcess(server.display(), std::move(arguments)) {}
+  ShowProcess(const std::string& display, std::vector<std::string> arguments);
   ~ShowProcess();
 
   /// Waits until the program has printed `text`. Returns false if the program ends first, or prints
