@@ -1,7 +1,7 @@
 // The host presents and dismisses the launch screen through a `LaunchScreenContent` ("the
 // content"). The content forwards the calls of the launch screen's controller to the host delegate.
-// `cover` is a launch screen's controller. The fixture records events as lines. The line "style 15"
-// means that the window gets a title and all controls again.
+// `controller` is a launch screen's controller. The fixture records events as lines. The line
+// "style 15" means that the window gets a title and all controls again.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -21,9 +21,9 @@ class ContentPresentationTest : public CoverTest {
   }
   // Gives the content a controller that only records its calls.
   Strong<HostController> setHostController() {
-    auto controller = make<HostController>();
-    content->setInternalViewController(controller);
-    return controller;
+    auto hostController = make<HostController>();
+    content->setInternalViewController(hostController);
+    return hostController;
   }
 
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
@@ -39,8 +39,8 @@ TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItsel
 
 TEST_F(ContentPresentationTest, ViewControllerReturnsTheInternalViewController) {
   EXPECT_EQ(content->viewController(), nullptr);
-  content->setInternalViewController(cover);
-  EXPECT_EQ(content->viewController(), cover);
+  content->setInternalViewController(controller);
+  EXPECT_EQ(content->viewController(), controller);
 }
 
 TEST_F(ContentPresentationTest, TheClassNameIsLaunchScreenContent) {
@@ -69,19 +69,19 @@ TEST_F(ContentPresentationTest, HostModes1And2AreSwappedAndUnknownHostModesMeanS
   // Each host mode with the mode that the controller gets: 0 embedded, 1 modal window, 2 sheet.
   const std::vector<std::pair<std::int32_t, LaunchScreenPresentationMode>> table{
       {0, 0}, {1, 2}, {2, 1}, {3, 2}, {-1, 2}, {-2, 2}, {kMaximum, 2}, {kMinimum, 2}};
-  const auto controller = setHostController();
+  const auto hostController = setHostController();
   const auto window = openPlayerWindow();
   for (const auto& [hostMode, mode] : table) {
-    controller->mode = -1;
+    hostController->mode = -1;
     content->presentForWindowWithPresentationMode(window, hostMode);
-    EXPECT_EQ(controller->mode, mode) << "host mode " << hostMode;
-    EXPECT_EQ(controller->window, window);
+    EXPECT_EQ(hostController->mode, mode) << "host mode " << hostMode;
+    EXPECT_EQ(hostController->window, window);
   }
-  EXPECT_EQ(controller->calls, Lines(table.size(), "present"));
+  EXPECT_EQ(hostController->calls, Lines(table.size(), "present"));
 }
 
 TEST_F(ContentPresentationTest, TheLogLineShowsTheHostModeAsAnUnsignedNumber) {
-  const auto controller = setHostController();
+  const auto hostController = setHostController();
   for (const std::int32_t hostMode : {0, 1, 2, 3, -1}) {
     content->presentForWindowWithPresentationMode(nullptr, hostMode);
   }
@@ -90,7 +90,7 @@ TEST_F(ContentPresentationTest, TheLogLineShowsTheHostModeAsAnUnsignedNumber) {
 }
 
 TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
-  content->setInternalViewController(cover);
+  content->setInternalViewController(controller);
   bool wasPresented = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasPresented = true;
@@ -108,18 +108,18 @@ TEST_F(ContentPresentationTest, WithoutAControllerPresentOnlyLogs) {
 }
 
 TEST_F(ContentPresentationTest, TheWindowCanBeNull) {
-  const auto controller = setHostController();
-  controller->window = openPlayerWindow();
+  const auto hostController = setHostController();
+  hostController->window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(nullptr, 2);
-  EXPECT_EQ(controller->window, nullptr);
-  EXPECT_EQ(controller->mode, 1);
+  EXPECT_EQ(hostController->window, nullptr);
+  EXPECT_EQ(hostController->mode, 1);
 }
 
 TEST_F(ContentPresentationTest, TheContentDoesNotOwnTheWindow) {
-  const auto controller = setHostController();
+  const auto hostController = setHostController();
   Strong<NSWindow> window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(window, 0);
-  controller->window = nullptr;
+  hostController->window = nullptr;
   window->close();
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_TRUE(weakWindow.expired());
@@ -128,7 +128,7 @@ TEST_F(ContentPresentationTest, TheContentDoesNotOwnTheWindow) {
 // Dismissing
 
 TEST_F(ContentPresentationTest, DismissRemovesTheCoverWithoutAskingTheDelegates) {
-  content->setInternalViewController(cover);
+  content->setInternalViewController(controller);
   const auto delegate = addDelegate("first");
   delegate->agrees = false;
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
@@ -139,9 +139,9 @@ TEST_F(ContentPresentationTest, DismissRemovesTheCoverWithoutAskingTheDelegates)
 }
 
 TEST_F(ContentPresentationTest, DismissCallsTheControllerOnceAndLogsNothing) {
-  const auto controller = setHostController();
+  const auto hostController = setHostController();
   content->dismissViewController();
-  EXPECT_EQ(controller->calls, Lines{"dismiss"});
+  EXPECT_EQ(hostController->calls, Lines{"dismiss"});
   EXPECT_TRUE(platform.log.empty());
 }
 
@@ -160,21 +160,21 @@ class ContentForwardingTest : public ContentPresentationTest {
 };
 
 TEST_F(ContentForwardingTest, WillPresentCallsWillAppear) {
-  content->launchScreenControllerWillPresent(cover);
+  content->launchScreenControllerWillPresent(controller);
   EXPECT_EQ(takeEvents(), Lines{"host: will appear"});
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
 TEST_F(ContentForwardingTest, CanDismissReturnsTheResultOfTheHostDelegate) {
-  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
   hostDelegate->agrees = false;
-  EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
+  EXPECT_FALSE(content->canLaunchScreenControllerDismiss(controller));
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "host: can disappear"}));
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
 TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerDidDismiss(controller);
   EXPECT_EQ(takeEvents(), Lines{"host: did disappear"});
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
@@ -185,25 +185,25 @@ TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDelegateDoesNotRespondIsN
                                      ContentViewCall::DidDisappear}) {
     hostDelegate->stopRespondingTo(call);
   }
-  content->launchScreenControllerWillPresent(cover);
-  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerWillPresent(controller);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
+  content->launchScreenControllerDidDismiss(controller);
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
 TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostDelegateResponds) {
   hostDelegate->stopRespondingTo(ContentViewCall::CanDisappear);
-  content->launchScreenControllerWillPresent(cover);
-  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerWillPresent(controller);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
+  content->launchScreenControllerDidDismiss(controller);
   EXPECT_EQ(takeEvents(), (Lines{"host: will appear", "host: did disappear"}));
 }
 
 TEST_F(ContentForwardingTest, WithoutAHostDelegateCanDismissReturnsTrue) {
   content->setDelegate(nullptr);
-  content->launchScreenControllerWillPresent(cover);
-  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerWillPresent(controller);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
+  content->launchScreenControllerDidDismiss(controller);
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
@@ -211,16 +211,16 @@ TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostDelegate) {
   const Weak<HostViewDelegate> weakHostDelegate = std::exchange(hostDelegate, nullptr);
   EXPECT_TRUE(weakHostDelegate.expired());
   EXPECT_EQ(content->delegate(), nullptr);
-  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
 }
 
 TEST_F(ContentForwardingTest,
        DidDisappearIsNotCalledWhileTheDismissedControllerPresentsAnotherController) {
-  cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
+  controller->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerDidDismiss(controller);
   EXPECT_EQ(takeEvents(), Lines{});
-  cover->dismissViewController(cover->presentedViewControllers().front());
+  controller->dismissViewController(controller->presentedViewControllers().front());
 }
 
 TEST_F(ContentForwardingTest,
@@ -230,7 +230,7 @@ TEST_F(ContentForwardingTest,
   otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   // The content checks only the dismissed controller, which is the argument.
-  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerDidDismiss(controller);
   content->launchScreenControllerDidDismiss(nullptr);
   EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));
 }
@@ -243,12 +243,12 @@ TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostDelegate) {
                                  "viewWillAppear", "host: will appear",
                                  "window opened",  // the sheet
                                  "viewDidAppear"}));
-  const auto controller = content->viewController();
+  const auto hostController = content->viewController();
   hostDelegate->agrees = false;
-  controller->dismissViewController(controller);
+  hostController->dismissViewController(hostController);
   EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
   hostDelegate->agrees = true;
-  controller->dismissViewController(controller);
+  hostController->dismissViewController(hostController);
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
                                  "viewDidDisappear", "host: did disappear"}));
 }

@@ -52,7 +52,7 @@ class SilentListener final
 using Changes = std::vector<ContentListener::Change>;
 
 constexpr auto kNoParameters = "ContentRequest parameters is NIL";
-constexpr auto kNoController = "LaunchScreen view controller is NIL";
+constexpr auto kNoController = "LaunchScreen view contentController is NIL";
 
 class ContentStateTest : public CoverTest {
  protected:
@@ -87,10 +87,10 @@ TEST_F(ContentStateTest, LoadedIsState3AndFailedIsState4) {
 
 TEST_F(ContentStateTest, ARequestCreatesAControllerWithTheContentAsDelegate) {
   content->setContentRequest(request());
-  const auto controller = as<LaunchScreenViewController>(content->internalViewController());
-  ASSERT_NE(controller, nullptr);
-  ASSERT_EQ(controller->delegates()->count(), 1u);
-  EXPECT_EQ(controller->delegates()->objectAtIndex(0), content);
+  const auto contentController = as<LaunchScreenViewController>(content->internalViewController());
+  ASSERT_NE(contentController, nullptr);
+  ASSERT_EQ(contentController->delegates()->count(), 1u);
+  EXPECT_EQ(contentController->delegates()->objectAtIndex(0), content);
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
   EXPECT_EQ(content->error(), nullptr);
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
@@ -343,10 +343,10 @@ TEST_F(ContentStateTest, DeactivateResetsOnlyTheControllerAndTheError) {
 
 TEST_F(ContentStateTest, DeactivateRemovesTheDelegatesOfTheController) {
   content->setContentRequest(request());
-  const auto controller = as<LaunchScreenViewController>(content->internalViewController());
-  controller->addDelegate(make<CoverDelegate>("other", journal));
+  const auto contentController = as<LaunchScreenViewController>(content->internalViewController());
+  contentController->addDelegate(make<CoverDelegate>("other", journal));
   content->deactivate();
-  EXPECT_EQ(controller->delegates()->count(), 0u);
+  EXPECT_EQ(contentController->delegates()->count(), 0u);
 }
 
 TEST_F(ContentStateTest, DeactivateAlsoDeactivatesAHostsController) {

@@ -1,4 +1,4 @@
-// The creation of the launch screen's controller ("the cover"), and its delegates.
+// The creation of the launch screen's controller and its delegates.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -42,29 +42,29 @@ TEST_F(ControllerCreationTest, InitReadsTheCurrentDefaultConfiguration) {
 }
 
 TEST_F(ControllerCreationTest, ANewControllerIsInEmbeddedModeAndItsOtherPropertiesAreUnset) {
-  const auto controller = createWithInterval(0.1);
-  EXPECT_EQ(controller->presentationMode(), 0);
-  EXPECT_EQ(controller->appWindow(), nullptr);
-  EXPECT_EQ(controller->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);  // no style mask is saved
-  EXPECT_EQ(controller->activityIndicator(), nullptr);
-  EXPECT_EQ(controller->delegates(), nullptr);
+  const auto newController = createWithInterval(0.1);
+  EXPECT_EQ(newController->presentationMode(), 0);
+  EXPECT_EQ(newController->appWindow(), nullptr);
+  EXPECT_EQ(newController->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);  // no style mask is saved
+  EXPECT_EQ(newController->activityIndicator(), nullptr);
+  EXPECT_EQ(newController->delegates(), nullptr);
 }
 
 TEST_F(ControllerCreationTest, TheNibBundleIsTheBundleOfTheControllersClass) {
-  ASSERT_NE(cover->nibBundle(), nullptr);
-  EXPECT_EQ(cover->nibBundle()->principalClass(), "LaunchScreenViewController");
+  ASSERT_NE(controller->nibBundle(), nullptr);
+  EXPECT_EQ(controller->nibBundle()->principalClass(), "LaunchScreenViewController");
 }
 
 TEST_F(ControllerCreationTest, TheControllerCreatesAnEmptyViewOnFirstUse) {
-  EXPECT_FALSE(cover->isViewLoaded());
-  EXPECT_EQ(cover->view()->className(), "NSView");
-  EXPECT_TRUE(cover->view()->subviews().empty());
-  EXPECT_FALSE(cover->view()->wantsLayer());
-  EXPECT_EQ(cover->view()->viewController(), cover);
+  EXPECT_FALSE(controller->isViewLoaded());
+  EXPECT_EQ(controller->view()->className(), "NSView");
+  EXPECT_TRUE(controller->view()->subviews().empty());
+  EXPECT_FALSE(controller->view()->wantsLayer());
+  EXPECT_EQ(controller->view()->viewController(), controller);
 }
 
 TEST_F(ControllerCreationTest, TheClassNameIsLaunchScreenViewController) {
-  EXPECT_EQ(cover->className(), "LaunchScreenViewController");
+  EXPECT_EQ(controller->className(), "LaunchScreenViewController");
 }
 
 /// A delegate that is equal to every delegate with the same number.
@@ -84,16 +84,16 @@ class NumberedDelegate final : public Class<NumberedDelegate, "NumberedDelegate"
 using ControllerDelegatesTest = CoverTest;
 
 TEST_F(ControllerDelegatesTest, AddingNullCreatesAnEmptyArray) {
-  cover->addDelegate(nullptr);
-  ASSERT_NE(cover->delegates(), nullptr);
-  EXPECT_EQ(cover->delegates()->count(), 0u);
+  controller->addDelegate(nullptr);
+  ASSERT_NE(controller->delegates(), nullptr);
+  EXPECT_EQ(controller->delegates()->count(), 0u);
 }
 
 TEST_F(ControllerDelegatesTest, DelegatesAreStoredInTheOrderInWhichTheyWereAdded) {
   const auto firstDelegate = addDelegate("first");
-  const auto array = cover->delegates();
+  const auto array = controller->delegates();
   const auto secondDelegate = addDelegate("second");
-  EXPECT_EQ(cover->delegates(), array);
+  EXPECT_EQ(controller->delegates(), array);
   ASSERT_EQ(array->count(), 2u);
   EXPECT_EQ(array->objectAtIndex(0), firstDelegate);
   EXPECT_EQ(array->objectAtIndex(1), secondDelegate);
@@ -101,145 +101,145 @@ TEST_F(ControllerDelegatesTest, DelegatesAreStoredInTheOrderInWhichTheyWereAdded
 
 TEST_F(ControllerDelegatesTest, ADelegateAddedTwiceIsStoredOnce) {
   const auto delegate = addDelegate("first");
-  cover->addDelegate(delegate);
-  EXPECT_EQ(cover->delegates()->count(), 1u);
+  controller->addDelegate(delegate);
+  EXPECT_EQ(controller->delegates()->count(), 1u);
 }
 
 TEST_F(ControllerDelegatesTest, AnEqualDelegateIsNotAdded) {
   const auto firstDelegate = make<NumberedDelegate>(1);
-  cover->addDelegate(firstDelegate);
-  cover->addDelegate(make<NumberedDelegate>(1));
-  cover->addDelegate(make<NumberedDelegate>(2));
-  EXPECT_EQ(cover->delegates()->count(), 2u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
+  controller->addDelegate(firstDelegate);
+  controller->addDelegate(make<NumberedDelegate>(1));
+  controller->addDelegate(make<NumberedDelegate>(2));
+  EXPECT_EQ(controller->delegates()->count(), 2u);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(0), firstDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingADelegateRemovesAnEqualDelegate) {
-  cover->addDelegate(make<NumberedDelegate>(1));
+  controller->addDelegate(make<NumberedDelegate>(1));
   const auto secondDelegate = make<NumberedDelegate>(2);
-  cover->addDelegate(secondDelegate);
-  cover->removeDelegate(make<NumberedDelegate>(1));
-  ASSERT_EQ(cover->delegates()->count(), 1u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), secondDelegate);
+  controller->addDelegate(secondDelegate);
+  controller->removeDelegate(make<NumberedDelegate>(1));
+  ASSERT_EQ(controller->delegates()->count(), 1u);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(0), secondDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingADelegateKeepsTheOrderOfTheOtherDelegates) {
   const auto firstDelegate = addDelegate("first");
   const auto secondDelegate = addDelegate("second");
   const auto thirdDelegate = addDelegate("third");
-  cover->removeDelegate(secondDelegate);
-  ASSERT_EQ(cover->delegates()->count(), 2u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(1), thirdDelegate);
+  controller->removeDelegate(secondDelegate);
+  ASSERT_EQ(controller->delegates()->count(), 2u);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(0), firstDelegate);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(1), thirdDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingAnUnknownDelegateChangesNothing) {
   const auto delegate = addDelegate("first");
-  cover->removeDelegate(make<CoverDelegate>("second", journal));
-  cover->removeDelegate(nullptr);
-  ASSERT_EQ(cover->delegates()->count(), 1u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), delegate);
+  controller->removeDelegate(make<CoverDelegate>("second", journal));
+  controller->removeDelegate(nullptr);
+  ASSERT_EQ(controller->delegates()->count(), 1u);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(0), delegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemoveDelegateAndDeactivateCreateNoArray) {
-  cover->removeDelegate(make<CoverDelegate>("first", journal));
-  cover->deactivate();
-  EXPECT_EQ(cover->delegates(), nullptr);
+  controller->removeDelegate(make<CoverDelegate>("first", journal));
+  controller->deactivate();
+  EXPECT_EQ(controller->delegates(), nullptr);
 }
 
 TEST_F(ControllerDelegatesTest, TheControllerOwnsItsDelegatesUntilTheyAreRemoved) {
   const Weak<CoverDelegate> weakDelegate = addDelegate("first");
   EXPECT_FALSE(weakDelegate.expired());
-  cover->deactivate();
+  controller->deactivate();
   EXPECT_TRUE(weakDelegate.expired());
 }
 
 TEST_F(ControllerDelegatesTest, DeactivateRemovesAllDelegatesAndKeepsTheArray) {
   addDelegate("first");
   addDelegate("second");
-  const auto array = cover->delegates();
-  cover->deactivate();
-  cover->deactivate();
-  EXPECT_EQ(cover->delegates(), array);
+  const auto array = controller->delegates();
+  controller->deactivate();
+  controller->deactivate();
+  EXPECT_EQ(controller->delegates(), array);
   EXPECT_EQ(array->count(), 0u);
 }
 
 TEST_F(ControllerDelegatesTest, TheDestructorRemovesAllDelegates) {
   addDelegate("first");
-  const auto array = cover->delegates();
-  cover = nullptr;
+  const auto array = controller->delegates();
+  controller = nullptr;
   EXPECT_EQ(array->count(), 0u);
 }
 
 TEST_F(ControllerDelegatesTest, DelegatesAreNotifiedInTheOrderInWhichTheyWereAdded) {
   const auto firstDelegate = addDelegate("first");
   const auto secondDelegate = addDelegate("second");
-  cover->viewDidDisappear();
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
-  EXPECT_EQ(secondDelegate->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
+  EXPECT_EQ(secondDelegate->lastController.lock(), controller);
 }
 
 TEST_F(ControllerDelegatesTest, ADelegateThatDoesNotRespondToAnOperationIsSkipped) {
   addDelegate("first")->stopRespondingTo(CoverCall::DidDismiss);
   addDelegate("second")->stopRespondingTo(CoverCall::WillPresent);
-  cover->viewWillAppear();
-  cover->viewDidDisappear();
+  controller->viewWillAppear();
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present",  //
                                  "viewDidDisappear", "second: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, WithoutADelegatesArrayNoDelegateIsNotified) {
-  cover->viewWillAppear();
-  cover->viewDidDisappear();
+  controller->viewWillAppear();
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "viewDidDisappear"}));
 }
 
 TEST_F(ControllerDelegatesTest, AfterDeactivateOnlyNewDelegatesAreNotified) {
   const auto delegate = addDelegate("first");
-  cover->deactivate();
-  cover->viewDidDisappear();
+  controller->deactivate();
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), Lines{"viewDidDisappear"});
-  cover->addDelegate(delegate);
-  cover->viewDidDisappear();
+  controller->addDelegate(delegate);
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, AddingADelegateDuringANotificationRaisesTheMutationError) {
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
-  EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
+  EXPECT_THROW(controller->viewDidDisappear(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, RemovingADelegateDuringANotificationRaisesTheMutationError) {
   const auto firstDelegate = addDelegate("first");
   addDelegate("second");
-  firstDelegate->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(firstDelegate); });
-  EXPECT_THROW(cover->viewWillAppear(), NSCollectionMutatedError);
+  firstDelegate->onNext(CoverCall::WillPresent, [&] { controller->removeDelegate(firstDelegate); });
+  EXPECT_THROW(controller->viewWillAppear(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present"}));
 }
 
 TEST_F(ControllerDelegatesTest,
        RemovingTheOnlyDelegateDuringItsNotificationRaisesTheMutationError) {
   const auto onlyDelegate = addDelegate("only");
-  onlyDelegate->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(onlyDelegate); });
-  EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
+  onlyDelegate->onNext(CoverCall::DidDismiss, [&] { controller->removeDelegate(onlyDelegate); });
+  EXPECT_THROW(controller->viewDidDisappear(), NSCollectionMutatedError);
 }
 
 TEST_F(ControllerDelegatesTest, DeactivateDuringANotificationRaisesTheMutationError) {
-  addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { cover->deactivate(); });
-  EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
+  addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { controller->deactivate(); });
+  EXPECT_THROW(controller->viewDidDisappear(), NSCollectionMutatedError);
 }
 
 TEST_F(ControllerDelegatesTest, CallsThatDoNotChangeTheArrayAreAllowedDuringANotification) {
   const auto firstDelegate = addDelegate("first");
   addDelegate("second");
   firstDelegate->onNext(CoverCall::DidDismiss, [&] {
-    cover->addDelegate(firstDelegate);
-    cover->removeDelegate(make<CoverDelegate>("stranger", journal));
+    controller->addDelegate(firstDelegate);
+    controller->removeDelegate(make<CoverDelegate>("stranger", journal));
   });
-  cover->viewDidDisappear();
+  controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
 }
 
@@ -252,12 +252,12 @@ class SilentDelegate final
 
 TEST_F(ControllerDelegatesTest, AnOperationThatIsNotImplementedDoesNothingAndReturnsFalse) {
   const auto silentDelegate = make<SilentDelegate>();
-  cover->addDelegate(silentDelegate);
-  silentDelegate->launchScreenControllerWillPresent(cover);
-  silentDelegate->launchScreenControllerDidDismiss(cover);
+  controller->addDelegate(silentDelegate);
+  silentDelegate->launchScreenControllerWillPresent(controller);
+  silentDelegate->launchScreenControllerDidDismiss(controller);
   silentDelegate->contentDataDidChangeState(nullptr);
-  EXPECT_FALSE(silentDelegate->canLaunchScreenControllerDismiss(cover));
-  EXPECT_EQ(cover->delegates()->count(), 1u);
+  EXPECT_FALSE(silentDelegate->canLaunchScreenControllerDismiss(controller));
+  EXPECT_EQ(controller->delegates()->count(), 1u);
   EXPECT_TRUE(takeEvents().empty());
 }
 

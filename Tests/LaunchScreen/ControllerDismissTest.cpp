@@ -1,7 +1,7 @@
-// `dismiss` of the launch screen's controller ("the cover") removes the launch screen without
-// asking the delegates. A cover that is embedded in a window without a content view controller has
-// no parent view controller that could own it. The library then tracks the cover: three global
-// variables own the cover, its view and the superview of its view (EmbeddedCover.h).
+// `dismiss` of the launch screen's controller removes the cover (the controller's view) without
+// asking the delegates. If the cover is embedded in a window without a content view controller, the
+// controller has no parent view controller that could own it. The library then tracks the cover:
+// three global variables own the cover, its superview and its controller (EmbeddedCover.h).
 //
 // The fixture records events as lines. The line "style 15" means that the window gets a title and
 // all controls again.
@@ -16,7 +16,7 @@ namespace {
 class ControllerDismissTest : public CoverTest {
  protected:
   void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
-    cover->presentForWindowWithPresentationMode(window, mode);
+    controller->presentForWindowWithPresentationMode(window, mode);
     takeEvents();
   }
   void embed(const Strong<NSWindow>& window) { present(window, LaunchScreenPresentationEmbedded); }
@@ -28,11 +28,11 @@ TEST_F(ControllerDismissTest, AModalWindowIsClosed) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, LaunchScreenPresentationModalWindow);
   addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
                                  "first: did dismiss"}));
-  EXPECT_EQ(cover->view()->window(), nullptr);
-  EXPECT_EQ(cover->presentingViewController(), nullptr);
+  EXPECT_EQ(controller->view()->window(), nullptr);
+  EXPECT_EQ(controller->presentingViewController(), nullptr);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(window->isVisible());
 }
@@ -41,7 +41,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, LaunchScreenPresentationSheet);
   addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
                                  "first: did dismiss"}));
   EXPECT_TRUE(window->sheets().empty());
@@ -51,8 +51,8 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
 TEST_F(ControllerDismissTest, IfAnEmbeddedCoverIsSetToSheetModeDismissClosesThePlayerWindow) {
   const auto window = openPlayerWindow();
   embed(window);
-  cover->setPresentationMode(LaunchScreenPresentationSheet);
-  cover->dismiss();
+  controller->setPresentationMode(LaunchScreenPresentationSheet);
+  controller->dismiss();
   EXPECT_FALSE(window->isVisible());
 }
 
@@ -62,8 +62,8 @@ TEST_F(ControllerDismissTest, DismissOfACoverThatIsNotPresentedClosesNoWindow) {
   takeEvents();
   for (const LaunchScreenPresentationMode mode :
        {LaunchScreenPresentationModalWindow, LaunchScreenPresentationSheet}) {
-    cover->setPresentationMode(mode);
-    cover->dismiss();
+    controller->setPresentationMode(mode);
+    controller->dismiss();
   }
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_TRUE(window->isVisible());
@@ -75,13 +75,13 @@ TEST_F(ControllerDismissTest, InAnUnknownModeDismissDoesNothing) {
   addDelegate("first");
   for (const LaunchScreenPresentationMode mode :
        {3, -1, std::numeric_limits<std::int32_t>::min()}) {
-    cover->setPresentationMode(mode);
-    cover->dismiss();
+    controller->setPresentationMode(mode);
+    controller->dismiss();
   }
   platform.run(2);
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->view()->window(), window);
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_EQ(controller->view()->window(), window);
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
 // Embedded without a parent: the tracked cover
@@ -90,11 +90,11 @@ TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesBeforeItIsRemoved
   const auto window = openPlayerWindow();
   embed(window);
   const auto firstDelegate = addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
-  EXPECT_EQ(cover->view()->window(), window);
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
+  EXPECT_EQ(controller->view()->window(), window);
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
 TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss) {
@@ -102,14 +102,14 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss
   embed(window);
   addDelegate("first");
   platform.run(0.25);
-  cover->dismiss();
+  controller->dismiss();
   takeEvents();
   platform.run(0.999999999);
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->view()->window(), window);
+  EXPECT_EQ(controller->view()->window(), window);
   platform.run(0.000000001);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
-  EXPECT_EQ(cover->view()->superview(), nullptr);
+  EXPECT_EQ(controller->view()->superview(), nullptr);
   EXPECT_TRUE(window->contentView()->subviews().empty());
   EXPECT_FALSE(hasTrackedCover());
 }
@@ -117,7 +117,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss
 TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrackingRunLoopMode) {
   for (const NSRunLoopMode mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
     embed(openPlayerWindow());
-    cover->dismiss();
+    controller->dismiss();
     NSApp->setRunLoopMode(mode);
     platform.run(1);
     EXPECT_FALSE(hasTrackedCover());
@@ -127,20 +127,20 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrac
 TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedFromAParentThatItGotLater) {
   embed(openPlayerWindow());
   const auto parent = make<NamedViewController>("Parent");
-  parent->addChildViewController(cover);
-  cover->dismiss();
-  EXPECT_EQ(cover->parentViewController(), parent);
+  parent->addChildViewController(controller);
+  controller->dismiss();
+  EXPECT_EQ(controller->parentViewController(), parent);
   platform.run(1);
-  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_EQ(controller->parentViewController(), nullptr);
 }
 
 TEST_F(ControllerDismissTest, TheStyleIsRestoredOnlyWhenTheCoverIsRemoved) {
   const auto window = openPlayerWindow();
   embed(window);
-  cover->dismiss();
+  controller->dismiss();
   platform.run(0.5);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(controller->appWindow(), window);
   platform.run(0.5);
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
@@ -152,31 +152,31 @@ TEST_F(ControllerDismissTest, DismissOfAnotherControllerDismissesTheTrackedCover
   addDelegate("other", otherController);
   otherController->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
   platform.run(1);
-  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_EQ(controller->view()->window(), nullptr);
   EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerDismissTest, ASecondCoverTrackedAfterDismissIsRemovedInsteadOfTheFirst) {
   const auto window = openPlayerWindow();
   embed(window);
-  cover->dismiss();
+  controller->dismiss();
   platform.run(0.5);
   const auto secondController = LaunchScreenViewController::init();
   secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   platform.run(0.5);
   EXPECT_EQ(secondController->view()->window(), nullptr);
-  EXPECT_EQ(cover->view()->window(), window);
+  EXPECT_EQ(controller->view()->window(), window);
   EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   embed(openPlayerWindow());
   addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   platform.run(0.5);
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss",  //
                                  "viewDidDisappear", "first: did dismiss"}));
   platform.run(0.5);
@@ -191,11 +191,11 @@ TEST_F(ControllerDismissTest, DismissKeepsTheTrackedCoverAliveUntilAllDelegatesA
   const auto secondController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
   addDelegate("first")->onNext(CoverCall::DidDismiss, [&] {
-    // This call makes the second cover the tracked cover.
+    // This call makes the second controller's view the tracked cover.
     secondController->presentForWindowWithPresentationMode(otherWindow, 0);
   });
   const auto lastDelegate = addDelegate("last");
-  const Weak<LaunchScreenViewController> weakCover = std::exchange(cover, nullptr);
+  const Weak<LaunchScreenViewController> weakCover = std::exchange(controller, nullptr);
   takeEvents();
   secondController->dismiss();  // dismisses the tracked cover, not `secondController`
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
@@ -208,33 +208,33 @@ TEST_F(ControllerDismissTest, DismissKeepsTheTrackedCoverAliveUntilAllDelegatesA
 TEST_F(ControllerDismissTest, IfTheWindowIsNullDismissOnlyNotifiesTheDelegates) {
   embed(nullptr);
   const auto firstDelegate = addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
-  EXPECT_TRUE(isTrackedCover(nullptr, cover));
+  EXPECT_TRUE(isTrackedCover(nullptr, controller));
 }
 
 TEST_F(ControllerDismissTest, IfOneGlobalVariableIsNullTheViewIsRemovedAtOnce) {
   const auto window = openPlayerWindow();
   embed(window);
   embedded_cover::selfView = nullptr;
-  cover->dismiss();
-  EXPECT_EQ(cover->view()->window(), nullptr);
+  controller->dismiss();
+  EXPECT_EQ(controller->view()->window(), nullptr);
   EXPECT_EQ(embedded_cover::superView, window->contentView());
-  EXPECT_EQ(embedded_cover::selfController, cover);
+  EXPECT_EQ(embedded_cover::selfController, controller);
 
   embed(window);
   embedded_cover::selfController = nullptr;
-  cover->dismiss();
-  EXPECT_EQ(cover->view()->window(), nullptr);
-  EXPECT_EQ(embedded_cover::selfView, cover->view());
+  controller->dismiss();
+  EXPECT_EQ(controller->view()->window(), nullptr);
+  EXPECT_EQ(embedded_cover::selfView, controller->view());
 
   embed(window);
   embedded_cover::superView = nullptr;
-  cover->dismiss();
-  EXPECT_EQ(cover->view()->window(), nullptr);
-  EXPECT_EQ(embedded_cover::selfController, cover);
+  controller->dismiss();
+  EXPECT_EQ(controller->view()->window(), nullptr);
+  EXPECT_EQ(embedded_cover::selfController, controller);
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
@@ -243,7 +243,7 @@ TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
   embedded_cover::superView = nullptr;
   addDelegate("first");
   addDelegate("second")->stopRespondingTo(CoverCall::DidDismiss);
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(),
             (Lines{"viewWillDisappear", "style 15",           // the platform removes the view
                    "viewDidDisappear", "first: did dismiss",  // `viewDidDisappear` notifies
@@ -254,7 +254,7 @@ TEST_F(ControllerDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMuta
   embed(nullptr);
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
-  EXPECT_THROW(cover->dismiss(), NSCollectionMutatedError);
+  EXPECT_THROW(controller->dismiss(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
 }
 
@@ -264,11 +264,11 @@ TEST_F(ControllerDismissTest, WithAParentTheViewAndItsControllerAreRemovedAtOnce
   const auto window = openPlayerWindowWithContentViewController();
   embed(window);
   addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15",  //
                                  "viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(cover->view()->superview(), nullptr);
-  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_EQ(controller->view()->superview(), nullptr);
+  EXPECT_EQ(controller->parentViewController(), nullptr);
   EXPECT_TRUE(window->contentViewController()->childViewControllers().empty());
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
@@ -280,18 +280,18 @@ TEST_F(ControllerDismissTest, WithAParentTheDelegatesAreNotNotifiedIfTheWindowIs
   window->close();
   embed(window);
   addDelegate("first");
-  cover->dismiss();
+  controller->dismiss();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->view()->superview(), nullptr);
-  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_EQ(controller->view()->superview(), nullptr);
+  EXPECT_EQ(controller->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowTheCoverKeepsItsParent) {
+TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowTheControllerKeepsItsParent) {
   embed(nullptr);
   const auto parent = make<NamedViewController>("Parent");
-  parent->addChildViewController(cover);
-  cover->dismiss();
-  EXPECT_EQ(cover->parentViewController(), parent);
+  parent->addChildViewController(controller);
+  controller->dismiss();
+  EXPECT_EQ(controller->parentViewController(), parent);
 }
 
 }  // namespace

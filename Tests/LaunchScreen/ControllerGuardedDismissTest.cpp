@@ -1,7 +1,7 @@
-// `dismissViewController` of the launch screen's controller ("the cover") asks all delegates. If
-// every delegate agrees, it dismisses the cover in embedded mode, and the argument in every other
-// mode. The fixture records events as lines. The line "style 15" means that the window gets a
-// title and all controls again.
+// `dismissViewController` of the launch screen's controller asks all delegates. If every delegate
+// agrees, it dismisses the controller in embedded mode, and the argument in every other mode. The
+// fixture records events as lines. The line "style 15" means that the window gets a title and all
+// controls again.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -15,10 +15,10 @@ constexpr LaunchScreenPresentationMode kSheet = LaunchScreenPresentationSheet;
 class ControllerGuardedDismissTest : public CoverTest {
  protected:
   void present(LaunchScreenPresentationMode mode) {
-    cover->presentForWindowWithPresentationMode(window, mode);
+    controller->presentForWindowWithPresentationMode(window, mode);
     takeEvents();
   }
-  [[nodiscard]] bool isShown() const { return cover->view()->window() != nullptr; }
+  [[nodiscard]] bool isShown() const { return controller->view()->window() != nullptr; }
 
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
@@ -29,7 +29,7 @@ TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
   present(kEmbedded);
   addDelegate("first");
   addDelegate("second")->agrees = false;
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "second: can dismiss"}));
   EXPECT_TRUE(isShown());
 }
@@ -39,7 +39,7 @@ TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) 
   addDelegate("first")->agrees = false;
   addDelegate("second");
   addDelegate("third")->agrees = false;
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(),
             (Lines{"first: can dismiss", "second: can dismiss", "third: can dismiss"}));
   EXPECT_TRUE(isShown());
@@ -48,21 +48,21 @@ TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) 
 TEST_F(ControllerGuardedDismissTest, ARefusalLogsNothingAndChangesNothing) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_TRUE(platform.log.empty());
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  EXPECT_EQ(cover->appWindow(), window);
-  EXPECT_EQ(cover->presentationMode(), kEmbedded);
-  EXPECT_EQ(cover->parentViewController(), window->contentViewController());
+  EXPECT_EQ(controller->appWindow(), window);
+  EXPECT_EQ(controller->presentationMode(), kEmbedded);
+  EXPECT_EQ(controller->parentViewController(), window->contentViewController());
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheCoverNotAboutTheArgument) {
+TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotAboutTheArgument) {
   present(kModalWindow);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->agrees = false;
-  cover->dismissViewController(make<NamedViewController>("Other"));
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
+  controller->dismissViewController(make<NamedViewController>("Other"));
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
 }
 
 TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing) {
@@ -70,30 +70,30 @@ TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing)
   const auto firstDelegate = addDelegate("first");
   firstDelegate->stopRespondingTo(CoverCall::CanDismiss);
   firstDelegate->agrees = false;
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents().front(), "style 15");
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayTheCoverIsDismissed) {
+TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayTheControllerIsDismissed) {
   present(kEmbedded);
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayTheCoverIsDismissed) {
+TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayTheControllerIsDismissed) {
   present(kEmbedded);
-  cover->addDelegate(nullptr);  // creates the array and adds nothing
-  cover->dismissViewController(cover);
+  controller->addDelegate(nullptr);  // creates the array and adds nothing
+  controller->dismissViewController(controller);
   EXPECT_FALSE(isShown());
 }
 
 TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMutationError) {
   present(kEmbedded);
   addDelegate("first")->onNext(CoverCall::CanDismiss, [this] {
-    cover->deactivate();  // removes all delegates
+    controller->deactivate();  // removes all delegates
   });
-  EXPECT_THROW(cover->dismissViewController(cover), NSCollectionMutatedError);
+  EXPECT_THROW(controller->dismissViewController(controller), NSCollectionMutatedError);
   EXPECT_TRUE(isShown());
 }
 
@@ -102,11 +102,11 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaises
 TEST_F(ControllerGuardedDismissTest, WithAParentTheStyleIsRestoredBeforeTheCoverIsRemoved) {
   present(kEmbedded);
   addDelegate("first");
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "style 15",  //
                                  "viewWillDisappear", "viewDidDisappear", "first: did dismiss"}));
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_EQ(controller->parentViewController(), nullptr);
 }
 
 TEST_F(ControllerGuardedDismissTest,
@@ -114,7 +114,7 @@ TEST_F(ControllerGuardedDismissTest,
   window = openPlayerWindow();
   present(kEmbedded);
   addDelegate("first");
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "style 15",  //
                                  "viewDidDisappear", "first: did dismiss"}));
   EXPECT_TRUE(isShown());
@@ -123,22 +123,23 @@ TEST_F(ControllerGuardedDismissTest,
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, InEmbeddedModeTheCoverIsDismissedAndTheArgumentIsIgnored) {
+TEST_F(ControllerGuardedDismissTest,
+       InEmbeddedModeTheControllerIsDismissedAndTheArgumentIsIgnored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
   window->contentViewController()->presentViewControllerAsSheet(otherController);
-  cover->dismissViewController(otherController);
+  controller->dismissViewController(otherController);
   EXPECT_FALSE(isShown());
   EXPECT_EQ(window->sheets().size(), 1u);
   present(kEmbedded);
-  cover->dismissViewController(nullptr);
+  controller->dismissViewController(nullptr);
   EXPECT_FALSE(isShown());
 }
 
 TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesAModalWindow) {
   present(kModalWindow);
   addDelegate("first");
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
                                  "viewDidDisappear", "first: did dismiss"}));
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
@@ -147,7 +148,7 @@ TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesAModalWindow) {
 TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
   present(kSheet);
   addDelegate("first");
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
                                  "viewDidDisappear", "first: did dismiss"}));
   EXPECT_TRUE(window->sheets().empty());
@@ -157,13 +158,13 @@ TEST_F(ControllerGuardedDismissTest, InModalWindowAndSheetModeTheArgumentIsDismi
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
     const auto otherController = make<NamedViewController>("Other");
-    cover->presentViewControllerAsSheet(otherController);
-    cover->dismissViewController(nullptr);
-    EXPECT_EQ(cover->presentedViewControllers().size(), 1u);
-    cover->dismissViewController(otherController);
-    EXPECT_TRUE(cover->presentedViewControllers().empty());
+    controller->presentViewControllerAsSheet(otherController);
+    controller->dismissViewController(nullptr);
+    EXPECT_EQ(controller->presentedViewControllers().size(), 1u);
+    controller->dismissViewController(otherController);
+    EXPECT_TRUE(controller->presentedViewControllers().empty());
     EXPECT_TRUE(isShown());
-    cover->dismissViewController(cover);
+    controller->dismissViewController(controller);
     EXPECT_FALSE(isShown());
   }
 }
@@ -172,37 +173,37 @@ TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
     const auto otherController = make<NamedViewController>("Other");
-    cover->presentViewControllerAsSheet(otherController);
-    cover->setPresentationMode(mode);
-    cover->dismissViewController(otherController);
-    EXPECT_TRUE(cover->presentedViewControllers().empty());
+    controller->presentViewControllerAsSheet(otherController);
+    controller->setPresentationMode(mode);
+    controller->dismissViewController(otherController);
+    EXPECT_TRUE(controller->presentedViewControllers().empty());
     EXPECT_TRUE(isShown());
   }
 }
 
 TEST_F(ControllerGuardedDismissTest, InModalWindowModeTheStyleIsNotRestored) {
   present(kModalWindow);
-  cover->setAppWindow(window);
-  cover->setAppWindowStyleMask(7);  // differs from the window's style
-  cover->dismissViewController(cover);
+  controller->setAppWindow(window);
+  controller->setAppWindowStyleMask(7);  // differs from the window's style
+  controller->dismissViewController(controller);
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
 TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   present(kModalWindow);
   addDelegate("first")->onNext(CoverCall::CanDismiss,
-                               [this] { cover->setPresentationMode(kEmbedded); });
-  cover->dismissViewController(nullptr);  // in modal window mode, null would dismiss nothing
+                               [this] { controller->setPresentationMode(kEmbedded); });
+  controller->dismissViewController(nullptr);  // in modal window mode, null would dismiss nothing
   EXPECT_FALSE(isShown());
 }
 
 TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
-  cover->presentViewControllerAsSheet(otherController);
+  controller->presentViewControllerAsSheet(otherController);
   // In the unknown mode 3, the platform would dismiss the sheet.
-  platformJournal.onNextStyleMask([this] { cover->setPresentationMode(3); });
-  cover->dismissViewController(otherController);
+  platformJournal.onNextStyleMask([this] { controller->setPresentationMode(3); });
+  controller->dismissViewController(otherController);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(window->sheets().size(), 1u);
 }

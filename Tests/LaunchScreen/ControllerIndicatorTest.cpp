@@ -1,6 +1,5 @@
-// In this file "the cover" is the launch screen's controller. A caller can add a spinning indicator
-// to the cover's view. `createConstraintsActivityIndicator` pins the indicator to the centre of the
-// view.
+// A caller can add a spinning indicator to the cover (the view of the launch screen's controller).
+// `createConstraintsActivityIndicator` pins the indicator to the centre of the cover.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -9,20 +8,22 @@ namespace {
 
 class ControllerIndicatorTest : public CoverTest {
  protected:
-  ControllerIndicatorTest() { cover->view()->setFrame(CGRectMake(0, 0, 800, 600)); }
+  ControllerIndicatorTest() { controller->view()->setFrame(CGRectMake(0, 0, 800, 600)); }
 
-  [[nodiscard]] Strong<NSProgressIndicator> indicator() const { return cover->activityIndicator(); }
+  [[nodiscard]] Strong<NSProgressIndicator> indicator() const {
+    return controller->activityIndicator();
+  }
   // Creates an indicator on a system of this version. Returns the name of the indicator's
   // appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
-    cover->createActivityIndicator();
+    controller->createActivityIndicator();
     return indicator()->appearance() != nullptr ? indicator()->appearance()->name() : "none";
   }
 };
 
 TEST_F(ControllerIndicatorTest, ANewIndicatorIsASpinnerWithoutSizeAndAnimation) {
-  cover->createActivityIndicator();
+  controller->createActivityIndicator();
   ASSERT_NE(indicator(), nullptr);
   EXPECT_EQ(indicator()->style(), NSProgressIndicatorStyleSpinning);
   EXPECT_EQ(static_cast<int>(NSProgressIndicatorStyleSpinning), 1);
@@ -31,20 +32,20 @@ TEST_F(ControllerIndicatorTest, ANewIndicatorIsASpinnerWithoutSizeAndAnimation) 
 }
 
 TEST_F(ControllerIndicatorTest, ANewIndicatorHasNoConstraints) {
-  cover->createActivityIndicator();
+  controller->createActivityIndicator();
   EXPECT_FALSE(indicator()->translatesAutoresizingMaskIntoConstraints());
-  EXPECT_TRUE(cover->view()->constraints().empty());
-  cover->view()->setFrame(CGRectMake(0, 0, 1000, 500));
+  EXPECT_TRUE(controller->view()->constraints().empty());
+  controller->view()->setFrame(CGRectMake(0, 0, 1000, 500));
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
 TEST_F(ControllerIndicatorTest, ANewIndicatorIsInFrontOfTheOtherSubviews) {
   const auto lowerView = NSView::initWithFrame(CGRectZero);
   const auto upperView = NSView::initWithFrame(CGRectZero);
-  cover->view()->addSubview(lowerView);
-  cover->view()->addSubview(upperView);
-  cover->createActivityIndicator();
-  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{lowerView, upperView, indicator()}));
+  controller->view()->addSubview(lowerView);
+  controller->view()->addSubview(upperView);
+  controller->createActivityIndicator();
+  EXPECT_EQ(controller->view()->subviews(), (NSArray<NSView>{lowerView, upperView, indicator()}));
 }
 
 TEST_F(ControllerIndicatorTest, AppearanceIsNotSetBeforeVersion10_14) {
@@ -58,8 +59,8 @@ TEST_F(ControllerIndicatorTest, AppearanceIsAquaSinceVersion10_14) {
 }
 
 TEST_F(ControllerIndicatorTest, APinnedIndicatorIsCentredAnd32PointsHigh) {
-  cover->createActivityIndicator();
-  cover->createConstraintsActivityIndicator();
+  controller->createActivityIndicator();
+  controller->createConstraintsActivityIndicator();
   const CGRect frame = indicator()->frame();
   EXPECT_EQ(frame.size.height, 32);
   EXPECT_GE(frame.size.width, 32);
@@ -68,15 +69,15 @@ TEST_F(ControllerIndicatorTest, APinnedIndicatorIsCentredAnd32PointsHigh) {
 }
 
 TEST_F(ControllerIndicatorTest, APinnedIndicatorStaysCentredWhenTheViewIsResized) {
-  cover->createActivityIndicator();
-  cover->createConstraintsActivityIndicator();
-  cover->view()->setFrame(CGRectMake(7, 8, 1000, 500));
+  controller->createActivityIndicator();
+  controller->createConstraintsActivityIndicator();
+  controller->view()->setFrame(CGRectMake(7, 8, 1000, 500));
   EXPECT_EQ(indicator()->frame(), CGRectMake(484, 234, 32, 32));
 }
 
 TEST_F(ControllerIndicatorTest, PinningConstrainsCentreMinimumWidthAndHeight) {
-  cover->createActivityIndicator();
-  cover->createConstraintsActivityIndicator();
+  controller->createActivityIndicator();
+  controller->createConstraintsActivityIndicator();
   struct ExpectedConstraint {
     NSLayoutAttribute attribute;
     NSLayoutRelation relation;
@@ -84,11 +85,11 @@ TEST_F(ControllerIndicatorTest, PinningConstrainsCentreMinimumWidthAndHeight) {
     double constant;
   };
   const std::vector<ExpectedConstraint> expectedConstraints{
-      {NSLayoutAttribute::CenterX, NSLayoutRelation::Equal, cover->view(), 0},
-      {NSLayoutAttribute::CenterY, NSLayoutRelation::Equal, cover->view(), 0},
+      {NSLayoutAttribute::CenterX, NSLayoutRelation::Equal, controller->view(), 0},
+      {NSLayoutAttribute::CenterY, NSLayoutRelation::Equal, controller->view(), 0},
       {NSLayoutAttribute::Width, NSLayoutRelation::GreaterThanOrEqual, nullptr, 32},
       {NSLayoutAttribute::Height, NSLayoutRelation::Equal, nullptr, 32}};
-  const NSArray<NSLayoutConstraint>& constraints = cover->view()->constraints();
+  const NSArray<NSLayoutConstraint>& constraints = controller->view()->constraints();
   ASSERT_EQ(constraints.size(), expectedConstraints.size());
   for (std::size_t index = 0; index < constraints.size(); ++index) {
     SCOPED_TRACE(index);
@@ -101,28 +102,28 @@ TEST_F(ControllerIndicatorTest, PinningConstrainsCentreMinimumWidthAndHeight) {
 }
 
 TEST_F(ControllerIndicatorTest, PinningWithoutAnIndicatorCreatesNoConstraint) {
-  cover->createConstraintsActivityIndicator();
-  EXPECT_TRUE(cover->view()->constraints().empty());
+  controller->createConstraintsActivityIndicator();
+  EXPECT_TRUE(controller->view()->constraints().empty());
   EXPECT_EQ(indicator(), nullptr);
 }
 
 TEST_F(ControllerIndicatorTest, OnlyTheLastCreatedIndicatorIsPinned) {
-  cover->createActivityIndicator();
+  controller->createActivityIndicator();
   const auto firstIndicator = indicator();
-  cover->createActivityIndicator();
+  controller->createActivityIndicator();
   ASSERT_NE(indicator(), firstIndicator);
-  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{firstIndicator, indicator()}));
-  cover->createConstraintsActivityIndicator();
-  EXPECT_EQ(cover->view()->constraints().size(), 4u);
+  EXPECT_EQ(controller->view()->subviews(), (NSArray<NSView>{firstIndicator, indicator()}));
+  controller->createConstraintsActivityIndicator();
+  EXPECT_EQ(controller->view()->constraints().size(), 4u);
   EXPECT_EQ(firstIndicator->frame(), CGRectZero);
   EXPECT_EQ(indicator()->frame(), CGRectMake(384, 284, 32, 32));
 }
 
 TEST_F(ControllerIndicatorTest, TheAnimationStartsWhenTheCoverAppears) {
   const auto window = openPlayerWindow();
-  cover->createActivityIndicator();
-  cover->createConstraintsActivityIndicator();
-  cover->presentForWindowWithPresentationMode(window, LaunchScreenPresentationEmbedded);
+  controller->createActivityIndicator();
+  controller->createConstraintsActivityIndicator();
+  controller->presentForWindowWithPresentationMode(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(indicator()->frame(), CGRectMake(624, 344, 32, 32));
   const Scene& scene = platform.windowSystem().window(window->handle())->scene;
   ASSERT_EQ(scene.size(), 2u);
@@ -132,18 +133,18 @@ TEST_F(ControllerIndicatorTest, TheAnimationStartsWhenTheCoverAppears) {
 }
 
 TEST_F(ControllerIndicatorTest, TheIndicatorIsDestroyedWithTheController) {
-  cover->createActivityIndicator();
+  controller->createActivityIndicator();
   const Weak<NSProgressIndicator> weakIndicator = indicator();
-  cover = nullptr;
+  controller = nullptr;
   EXPECT_TRUE(weakIndicator.expired());
 }
 
 TEST_F(ControllerIndicatorTest, AnIndicatorThatIsNotInAViewIsNotPinned) {
   const auto detachedIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
-  cover->setActivityIndicator(detachedIndicator);
-  cover->createConstraintsActivityIndicator();
-  EXPECT_TRUE(cover->view()->constraints().empty());
-  cover->setActivityIndicator(nullptr);
+  controller->setActivityIndicator(detachedIndicator);
+  controller->createConstraintsActivityIndicator();
+  EXPECT_TRUE(controller->view()->constraints().empty());
+  controller->setActivityIndicator(nullptr);
   EXPECT_EQ(indicator(), nullptr);
 }
 

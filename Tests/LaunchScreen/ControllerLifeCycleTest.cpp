@@ -1,7 +1,7 @@
-// What the launch screen's controller ("the cover") does in each life-cycle method. The fixture
-// records events. The event "style 7" means that a window gets the style mask 7. The mask of a
-// window with a title and all controls is 15. An embedded cover removes the controls one by one
-// ("style 7", "style 3", "style 1"), so that only the title remains.
+// What the launch screen's controller does in each life-cycle method. The fixture records events.
+// The event "style 7" means that a window gets the style mask 7. The mask of a window with a title
+// and all controls is 15. An embedded cover removes the controls one by one ("style 7", "style 3",
+// "style 1"), so that only the title remains.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -16,7 +16,7 @@ class ControllerLifeCycleTest : public CoverTest {
   ControllerLifeCycleTest() { takeEvents(); }
 
   void present(const Strong<NSWindow>& hostWindow, LaunchScreenPresentationMode mode) {
-    cover->presentForWindowWithPresentationMode(hostWindow, mode);
+    controller->presentForWindowWithPresentationMode(hostWindow, mode);
   }
 
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
@@ -47,7 +47,7 @@ TEST_F(ControllerLifeCycleTest, AModalWindowGetsItsStyleBeforeItIsOnScreen) {
   present(window, LaunchScreenPresentationModalWindow);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "style 0",
                                  "window opened", "viewDidAppear"}));
-  const auto modal = cover->view()->window();
+  const auto modal = controller->view()->window();
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
   EXPECT_TRUE(modal->isMovableByWindowBackground());
   EXPECT_FALSE(modal->canHide());
@@ -59,7 +59,7 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   present(window, LaunchScreenPresentationSheet);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "window opened",  //
                                  "viewDidAppear"}));
-  const auto sheet = cover->view()->window();
+  const auto sheet = controller->view()->window();
   EXPECT_EQ(sheet->styleMask(), NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
   EXPECT_FALSE(sheet->isMovableByWindowBackground());
   EXPECT_TRUE(sheet->canHide());
@@ -69,44 +69,44 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
 
 TEST_F(ControllerLifeCycleTest, TheDelegateReceivesTheController) {
   const auto firstDelegate = addDelegate("first");
-  cover->viewWillAppear();
-  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
+  controller->viewWillAppear();
+  EXPECT_EQ(firstDelegate->lastController.lock(), controller);
 }
 
 TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
-  window->contentView()->addSubview(cover->view());
-  cover->setAppWindow(window);
+  window->contentView()->addSubview(controller->view());
+  controller->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {0, 2, 3, -1}) {
-    cover->setPresentationMode(mode);
+    controller->setPresentationMode(mode);
     takeEvents();
-    cover->viewWillAppear();
+    controller->viewWillAppear();
     EXPECT_EQ(takeEvents(), Lines{"viewWillAppear"});
   }
-  cover->setPresentationMode(LaunchScreenPresentationModalWindow);
-  cover->viewWillAppear();
+  controller->setPresentationMode(LaunchScreenPresentationModalWindow);
+  controller->viewWillAppear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "style 0"}));
 }
 
 TEST_F(ControllerLifeCycleTest, DidAppearOverridesTheStyleOnlyInEmbeddedMode) {
-  window->contentView()->addSubview(cover->view());
-  cover->setAppWindow(window);
+  window->contentView()->addSubview(controller->view());
+  controller->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
-    cover->setPresentationMode(mode);
+    controller->setPresentationMode(mode);
     takeEvents();
-    cover->viewDidAppear();
+    controller->viewDidAppear();
     EXPECT_EQ(takeEvents(), Lines{"viewDidAppear"});
   }
-  cover->setPresentationMode(LaunchScreenPresentationEmbedded);
-  cover->viewDidAppear();
+  controller->setPresentationMode(LaunchScreenPresentationEmbedded);
+  controller->viewDidAppear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
 TEST_F(ControllerLifeCycleTest, WillDisappearRestoresTheStyle) {
   present(window, LaunchScreenPresentationEmbedded);
   takeEvents();
-  cover->viewWillDisappear();
+  controller->viewWillDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
-  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
 // The window is closed
@@ -126,10 +126,10 @@ TEST_F(ControllerLifeCycleTest, TheViewIsLayerBackedAndWhiteBeforeTheDelegatesAr
   bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasNotified = true;
-    ASSERT_TRUE(cover->view()->wantsLayer());
-    EXPECT_EQ(cover->view()->layer()->backgroundColor(), kWhite);
+    ASSERT_TRUE(controller->view()->wantsLayer());
+    EXPECT_EQ(controller->view()->layer()->backgroundColor(), kWhite);
   });
-  cover->viewWillAppear();
+  controller->viewWillAppear();
   EXPECT_TRUE(wasNotified);
 }
 
@@ -143,12 +143,12 @@ TEST_F(ControllerLifeCycleTest, TheWindowShowsOneWhiteRectangle) {
 TEST_F(ControllerLifeCycleTest, TheLifeCycleCreatesNoIndicator) {
   for (const LaunchScreenPresentationMode mode : {0, 1, 2}) {
     present(window, mode);
-    EXPECT_EQ(cover->activityIndicator(), nullptr);
-    EXPECT_TRUE(cover->view()->subviews().empty());
-    cover->dismissViewController(cover);
-    EXPECT_EQ(cover->activityIndicator(), nullptr);
-    EXPECT_TRUE(cover->view()->subviews().empty());
-    EXPECT_TRUE(cover->view()->constraints().empty());
+    EXPECT_EQ(controller->activityIndicator(), nullptr);
+    EXPECT_TRUE(controller->view()->subviews().empty());
+    controller->dismissViewController(controller);
+    EXPECT_EQ(controller->activityIndicator(), nullptr);
+    EXPECT_TRUE(controller->view()->subviews().empty());
+    EXPECT_TRUE(controller->view()->constraints().empty());
   }
 }
 
@@ -156,14 +156,14 @@ TEST_F(ControllerLifeCycleTest, TheLifeCycleCreatesNoIndicator) {
 
 class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:
-  IndicatorLifeCycleTest() { cover->setActivityIndicator(indicator); }
+  IndicatorLifeCycleTest() { controller->setActivityIndicator(indicator); }
 
   // Calls `viewWillAppear` on a system of this version. Returns the name of the indicator's
   // appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     indicator->setAppearance(nullptr);
-    cover->viewWillAppear();
+    controller->viewWillAppear();
     return indicator->appearance() != nullptr ? indicator->appearance()->name() : "none";
   }
 
@@ -188,14 +188,14 @@ TEST_F(IndicatorLifeCycleTest, AppearanceIsSetBeforeTheDelegatesAreNotified) {
     wasNotified = true;
     EXPECT_NE(indicator->appearance(), nullptr);
   });
-  cover->viewWillAppear();
+  controller->viewWillAppear();
   EXPECT_TRUE(wasNotified);
 }
 
 TEST_F(IndicatorLifeCycleTest, ViewDidAppearStartsTheAnimation) {
-  cover->viewWillAppear();
+  controller->viewWillAppear();
   EXPECT_FALSE(indicator->isAnimating());
-  cover->viewDidAppear();
+  controller->viewDidAppear();
   EXPECT_TRUE(indicator->isAnimating());
 }
 
@@ -207,7 +207,7 @@ TEST_F(IndicatorLifeCycleTest, TheAnimationStartsBeforeTheStyleIsOverridden) {
 
 TEST_F(IndicatorLifeCycleTest, TheAnimationContinuesAfterTheDismissal) {
   present(window, LaunchScreenPresentationEmbedded);
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_TRUE(indicator->isAnimating());
 }
 

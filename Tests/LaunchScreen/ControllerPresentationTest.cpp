@@ -1,8 +1,9 @@
-// How the launch screen's controller ("the cover") is presented: embedded in an existing window, in
-// a new modal window, or as a sheet. A cover that is embedded in a window without a content view
-// controller has no parent that could own it. Global variables then own the cover. Such a cover is
-// called tracked (EmbeddedCover.h). The fixture records events. The event "style 7" means that a
-// window gets the style mask 7.
+// How the launch screen's controller is presented: its view (the cover) is embedded in an existing
+// window, shown in a new modal window, or shown as a sheet. If the cover is embedded in a window
+// without a content view controller, the controller has no parent that could own it. Global
+// variables then own the cover and the controller. Such a cover is called tracked
+// (EmbeddedCover.h). The fixture records events. The event "style 7" means that a window gets the
+// style mask 7.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -17,14 +18,14 @@ constexpr LaunchScreenPresentationMode kSheet = LaunchScreenPresentationSheet;
 class ControllerPresentationTest : public CoverTest {
  protected:
   void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
-    cover->presentForWindowWithPresentationMode(window, mode);
+    controller->presentForWindowWithPresentationMode(window, mode);
   }
   // The cover is not shown and not tracked.
   void expectNothingPresented() {
-    EXPECT_EQ(cover->view()->window(), nullptr);
-    EXPECT_EQ(cover->presentingViewController(), nullptr);
-    EXPECT_EQ(cover->parentViewController(), nullptr);
-    EXPECT_EQ(cover->appWindow(), nullptr);
+    EXPECT_EQ(controller->view()->window(), nullptr);
+    EXPECT_EQ(controller->presentingViewController(), nullptr);
+    EXPECT_EQ(controller->parentViewController(), nullptr);
+    EXPECT_EQ(controller->appWindow(), nullptr);
     EXPECT_FALSE(hasTrackedCover());
   }
 };
@@ -40,20 +41,20 @@ TEST_F(ControllerPresentationTest, EachPresentationModeHasAFixedValue) {
 TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsTrackedAndItsViewIsInTheContentView) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
-  EXPECT_EQ(cover->presentationMode(), 0);
-  EXPECT_EQ(cover->appWindow(), window);
-  EXPECT_EQ(cover->view()->superview(), window->contentView());
-  EXPECT_EQ(cover->parentViewController(), nullptr);
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_EQ(controller->presentationMode(), 0);
+  EXPECT_EQ(controller->appWindow(), window);
+  EXPECT_EQ(controller->view()->superview(), window->contentView());
+  EXPECT_EQ(controller->parentViewController(), nullptr);
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
 TEST_F(ControllerPresentationTest, AnEmbeddedCoverFillsTheWindowAndFollowsItsSize) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
-  EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
-  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);  // width and height follow the superview
+  EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 1280, 720));
+  EXPECT_EQ(controller->view()->autoresizingMask(), 18u);  // width and height follow the superview
   window->setFrame(CGRectMake(50, 60, 800, 600));
-  EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 800, 600));
+  EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 800, 600));
 }
 
 TEST_F(ControllerPresentationTest, AnEmbeddedCoverMakesTheContentViewLayerBacked) {
@@ -67,7 +68,7 @@ TEST_F(ControllerPresentationTest, TheViewGetsTheFrameOfItsSuperviewInsteadOfThe
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
-  EXPECT_EQ(cover->view()->frame(), CGRectMake(10, 20, 300, 200));
+  EXPECT_EQ(controller->view()->frame(), CGRectMake(10, 20, 300, 200));
 }
 
 TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
@@ -76,12 +77,12 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindow
   bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasNotified = true;
-    EXPECT_EQ(cover->appWindow(), window);
-    EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
-    EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+    EXPECT_EQ(controller->appWindow(), window);
+    EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 640, 480));
+    EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
     // The presentation sets these two properties only after the cover has appeared.
     EXPECT_FALSE(window->contentView()->wantsLayer());
-    EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+    EXPECT_EQ(controller->view()->autoresizingMask(), NSViewNotSizable);
   });
   present(window, kEmbedded);
   EXPECT_TRUE(wasNotified);
@@ -100,14 +101,14 @@ TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpen
 
 // Embedded in a window with a content view controller
 
-TEST_F(ControllerPresentationTest, TheCoverIsAChildOfTheContentViewControllerAndIsNotTracked) {
+TEST_F(ControllerPresentationTest, TheControllerIsAChildOfTheContentViewControllerAndIsNotTracked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
-  EXPECT_EQ(cover->appWindow(), window);
-  EXPECT_EQ(cover->parentViewController(), contentViewController);
-  EXPECT_EQ(contentViewController->childViewControllers(), NSArray<NSViewController>{cover});
-  EXPECT_EQ(cover->view()->superview(), contentViewController->view());
+  EXPECT_EQ(controller->appWindow(), window);
+  EXPECT_EQ(controller->parentViewController(), contentViewController);
+  EXPECT_EQ(contentViewController->childViewControllers(), NSArray<NSViewController>{controller});
+  EXPECT_EQ(controller->view()->superview(), contentViewController->view());
   EXPECT_FALSE(hasTrackedCover());
 }
 
@@ -118,17 +119,18 @@ TEST_F(ControllerPresentationTest,
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
   present(window, kEmbedded);
   EXPECT_TRUE(hostView->wantsLayer());
-  EXPECT_EQ(cover->view()->frame(), CGRectMake(5, 6, 70, 80));
-  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
+  EXPECT_EQ(controller->view()->frame(), CGRectMake(5, 6, 70, 80));
+  EXPECT_EQ(controller->view()->autoresizingMask(), 18u);
 }
 
-TEST_F(ControllerPresentationTest, TheCoverBecomesAChildOfTheContentViewControllerBeforeItAppears) {
+TEST_F(ControllerPresentationTest,
+       TheControllerBecomesAChildOfTheContentViewControllerBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasNotified = true;
-    EXPECT_EQ(cover->parentViewController(), window->contentViewController());
-    EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
+    EXPECT_EQ(controller->parentViewController(), window->contentViewController());
+    EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 1280, 720));
   });
   present(window, kEmbedded);
   EXPECT_TRUE(wasNotified);
@@ -137,14 +139,14 @@ TEST_F(ControllerPresentationTest, TheCoverBecomesAChildOfTheContentViewControll
 // Embedded mode with a null window
 
 TEST_F(ControllerPresentationTest, EmbeddingInANullWindowTracksTheCoverWithoutASuperview) {
-  cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
-  cover->setAppWindow(openPlayerWindow());
+  controller->view()->setFrame(CGRectMake(1, 2, 3, 4));
+  controller->setAppWindow(openPlayerWindow());
   present(nullptr, kEmbedded);
-  EXPECT_EQ(cover->appWindow(), nullptr);
-  EXPECT_EQ(cover->view()->frame(), CGRectZero);
-  EXPECT_EQ(cover->view()->superview(), nullptr);
-  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
-  EXPECT_TRUE(isTrackedCover(nullptr, cover));
+  EXPECT_EQ(controller->appWindow(), nullptr);
+  EXPECT_EQ(controller->view()->frame(), CGRectZero);
+  EXPECT_EQ(controller->view()->superview(), nullptr);
+  EXPECT_EQ(controller->view()->autoresizingMask(), 18u);
+  EXPECT_TRUE(isTrackedCover(nullptr, controller));
 }
 
 // Several presentations
@@ -156,8 +158,8 @@ TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOn
   const auto secondController = LaunchScreenViewController::init();
   secondController->presentForWindowWithPresentationMode(otherWindow, kEmbedded);
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
-  EXPECT_EQ(cover->view()->superview(), window->contentView());
-  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(controller->view()->superview(), window->contentView());
+  EXPECT_EQ(controller->appWindow(), window);
 }
 
 TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTheTrackedOne) {
@@ -166,7 +168,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTh
   const auto secondController = LaunchScreenViewController::init();
   secondController->presentForWindowWithPresentationMode(
       openPlayerWindowWithContentViewController(), kEmbedded);
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
 TEST_F(ControllerPresentationTest, ASecondPresentationMovesTheCoverToTheOtherWindow) {
@@ -176,8 +178,8 @@ TEST_F(ControllerPresentationTest, ASecondPresentationMovesTheCoverToTheOtherWin
   present(secondWindow, kEmbedded);
   EXPECT_TRUE(firstWindow->contentViewController()->childViewControllers().empty());
   EXPECT_TRUE(firstWindow->contentViewController()->view()->subviews().empty());
-  EXPECT_EQ(cover->parentViewController(), secondWindow->contentViewController());
-  EXPECT_EQ(cover->view()->window(), secondWindow);
+  EXPECT_EQ(controller->parentViewController(), secondWindow->contentViewController());
+  EXPECT_EQ(controller->view()->window(), secondWindow);
 }
 
 TEST_F(ControllerPresentationTest,
@@ -194,7 +196,7 @@ TEST_F(ControllerPresentationTest,
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(firstWindow->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_EQ(secondWindow->styleMask(), kFullStyle);
-  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
 // Modal window
@@ -203,32 +205,33 @@ TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheCoverInAMo
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kModalWindow);
-  EXPECT_EQ(cover->presentationMode(), 1);
-  EXPECT_EQ(cover->presentingViewController(), contentViewController);
-  EXPECT_EQ(contentViewController->presentedViewControllers(), NSArray<NSViewController>{cover});
-  ASSERT_NE(cover->view()->window(), nullptr);
-  EXPECT_NE(cover->view()->window(), window);
-  EXPECT_TRUE(cover->view()->window()->isModalPanel());
+  EXPECT_EQ(controller->presentationMode(), 1);
+  EXPECT_EQ(controller->presentingViewController(), contentViewController);
+  EXPECT_EQ(contentViewController->presentedViewControllers(),
+            NSArray<NSViewController>{controller});
+  ASSERT_NE(controller->view()->window(), nullptr);
+  EXPECT_NE(controller->view()->window(), window);
+  EXPECT_TRUE(controller->view()->window()->isModalPanel());
 }
 
 TEST_F(ControllerPresentationTest,
-       WithoutAContentViewControllerTheCoverPresentsItselfInAModalWindow) {
+       WithoutAContentViewControllerTheControllerPresentsItselfInAModalWindow) {
   present(openPlayerWindow(), kModalWindow);
-  EXPECT_EQ(cover->presentingViewController(), cover);
-  ASSERT_NE(cover->view()->window(), nullptr);
-  EXPECT_TRUE(cover->view()->window()->isModalPanel());
+  EXPECT_EQ(controller->presentingViewController(), controller);
+  ASSERT_NE(controller->view()->window(), nullptr);
+  EXPECT_TRUE(controller->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, WithoutAWindowTheCoverPresentsItselfInAModalWindow) {
+TEST_F(ControllerPresentationTest, WithoutAWindowTheControllerPresentsItselfInAModalWindow) {
   present(nullptr, kModalWindow);
-  EXPECT_EQ(cover->presentingViewController(), cover);
-  EXPECT_NE(cover->view()->window(), nullptr);
+  EXPECT_EQ(controller->presentingViewController(), controller);
+  EXPECT_NE(controller->view()->window(), nullptr);
 }
 
 TEST_F(ControllerPresentationTest, ACoverInAModalWindowIsNotTrackedAndHasNoAppWindow) {
   present(openPlayerWindow(), kModalWindow);
-  EXPECT_EQ(cover->appWindow(), nullptr);
-  EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+  EXPECT_EQ(controller->appWindow(), nullptr);
+  EXPECT_EQ(controller->view()->autoresizingMask(), NSViewNotSizable);
   EXPECT_FALSE(hasTrackedCover());
 }
 
@@ -237,35 +240,35 @@ TEST_F(ControllerPresentationTest, ACoverInAModalWindowIsNotTrackedAndHasNoAppWi
 TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheCoverAsASheet) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kSheet);
-  EXPECT_EQ(cover->presentationMode(), 2);
-  EXPECT_EQ(cover->presentingViewController(), window->contentViewController());
+  EXPECT_EQ(controller->presentationMode(), 2);
+  EXPECT_EQ(controller->presentingViewController(), window->contentViewController());
   ASSERT_EQ(window->sheets().size(), 1u);
-  EXPECT_EQ(cover->view()->window(), window->sheets().front());
-  EXPECT_FALSE(cover->view()->window()->isModalPanel());
+  EXPECT_EQ(controller->view()->window(), window->sheets().front());
+  EXPECT_FALSE(controller->view()->window()->isModalPanel());
 }
 
 TEST_F(ControllerPresentationTest, ACoverInASheetIsNotTrackedAndHasNoAppWindow) {
   present(openPlayerWindowWithContentViewController(), kSheet);
-  EXPECT_EQ(cover->appWindow(), nullptr);
-  EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+  EXPECT_EQ(controller->appWindow(), nullptr);
+  EXPECT_EQ(controller->view()->autoresizingMask(), NSViewNotSizable);
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerPresentationTest, ACoverInNoWindowCannotPresentItselfAsASheet) {
+TEST_F(ControllerPresentationTest, AControllerInNoWindowCannotPresentItselfAsASheet) {
   present(openPlayerWindow(), kSheet);  // the window has no content view controller
-  EXPECT_EQ(cover->presentationMode(), 2);
+  EXPECT_EQ(controller->presentationMode(), 2);
   expectNothingPresented();
   present(nullptr, kSheet);
   expectNothingPresented();
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedCoverPresentsItselfAsASheetOfItsCurrentWindow) {
+TEST_F(ControllerPresentationTest, AnEmbeddedControllerPresentsItselfAsASheetOfItsCurrentWindow) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   present(openWindow("PlayerWindow"), kSheet);
-  EXPECT_EQ(cover->presentingViewController(), cover);
+  EXPECT_EQ(controller->presentingViewController(), controller);
   ASSERT_EQ(window->sheets().size(), 1u);
-  EXPECT_EQ(cover->view()->window(), window->sheets().front());
+  EXPECT_EQ(controller->view()->window(), window->sheets().front());
 }
 
 // Unknown modes
@@ -275,7 +278,7 @@ TEST_F(ControllerPresentationTest, AnUnknownModeIsStoredAndPresentsNothing) {
   for (const LaunchScreenPresentationMode mode :
        {3, -1, std::numeric_limits<std::int32_t>::min()}) {
     present(window, mode);
-    EXPECT_EQ(cover->presentationMode(), mode);
+    EXPECT_EQ(controller->presentationMode(), mode);
     expectNothingPresented();
   }
 }

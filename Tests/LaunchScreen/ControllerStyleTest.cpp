@@ -1,6 +1,6 @@
-// The launch screen's controller ("the cover") overrides and restores the style of a window. The
-// fixture records events. The event "style 7" means that a window gets the style mask 7. The mask
-// of a window with a title and all controls is 15.
+// The launch screen's controller overrides and restores the style of a window. The fixture records
+// events. The event "style 7" means that a window gets the style mask 7. The mask of a window with
+// a title and all controls is 15.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -15,24 +15,25 @@ class ControllerStyleTest : public CoverTest {
   ControllerStyleTest() { takeEvents(); }
 
   static void setModeAndWindow(
-      const Strong<LaunchScreenViewController>& controller, const Strong<NSWindow>& window,
+      const Strong<LaunchScreenViewController>& launchScreenController,
+      const Strong<NSWindow>& window,
       LaunchScreenPresentationMode mode = LaunchScreenPresentationEmbedded) {
-    controller->setPresentationMode(mode);
-    controller->setAppWindow(window);
+    launchScreenController->setPresentationMode(mode);
+    launchScreenController->setAppWindow(window);
   }
   // `setupPresentation` sets a style mask three times: in steps 1, 2 and 3. This function arranges
   // that `appWindow` becomes null during the given step of the next call.
   void clearAppWindowDuringStep(std::size_t step) {
     platformJournal.onNextStyleMask([this, step] {
       if (step == 1) {
-        cover->setAppWindow(nullptr);
+        controller->setAppWindow(nullptr);
       } else {
         clearAppWindowDuringStep(step - 1);
       }
     });
   }
   void embed(const Strong<NSWindow>& hostWindow) {
-    cover->presentForWindowWithPresentationMode(hostWindow, LaunchScreenPresentationEmbedded);
+    controller->presentForWindowWithPresentationMode(hostWindow, LaunchScreenPresentationEmbedded);
   }
 
   Strong<NSWindow> window = openPlayerWindow();
@@ -41,75 +42,75 @@ class ControllerStyleTest : public CoverTest {
 // Overriding the style
 
 TEST_F(ControllerStyleTest, SetupClearsResizableMiniaturizableAndClosableInThreeSteps) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 3", "style 1"}));
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
 TEST_F(ControllerStyleTest, SetupKeepsAllOtherStyleBits) {
   window->setStyleMask(0x7FFFFFFFFFFFFFFF);
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   EXPECT_EQ(window->styleMask(), 0x7FFFFFFFFFFFFFF1);
 }
 
 TEST_F(ControllerStyleTest, SetupSetsTheStyleThreeTimesEvenIfTheStyleStaysTheSame) {
   window->setStyleMask(NSWindowStyleMaskTitled);
   takeEvents();
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 1", "style 1", "style 1"}));
 }
 
 TEST_F(ControllerStyleTest, EachStepReadsTheCurrentStyle) {
-  setModeAndWindow(cover, window);
+  setModeAndWindow(controller, window);
   platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
-  cover->setupPresentation();
+  controller->setupPresentation();
   // 32783 is 0x800F: the style that the lambda function sets during the first step.
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedBeforeItIsOverridden) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
-  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
-  EXPECT_EQ(cover->appWindow(), window);
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
+  EXPECT_EQ(controller->appWindowStyleMask(), kFullStyle);
+  EXPECT_EQ(controller->appWindow(), window);
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   window->setStyleMask(kFullStyle & ~NSWindowStyleMaskResizable);
-  cover->setupPresentation();
-  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
+  controller->setupPresentation();
+  EXPECT_EQ(controller->appWindowStyleMask(), kFullStyle);
 }
 
 TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
-  setModeAndWindow(cover, nullptr);
-  cover->setupPresentation();
+  setModeAndWindow(controller, nullptr);
+  controller->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
+  EXPECT_EQ(controller->appWindowStyleMask(), kNoSavedStyle);
 }
 
 TEST_F(ControllerStyleTest, InSheetModeAndInUnknownModesNoStyleIsOverridden) {
   for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
-    setModeAndWindow(cover, window, mode);
-    cover->setupPresentation();
+    setModeAndWindow(controller, window, mode);
+    controller->setupPresentation();
   }
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
+  EXPECT_EQ(controller->appWindowStyleMask(), kNoSavedStyle);
 }
 
 TEST_F(ControllerStyleTest, SetupSetsNoStyleAfterAppWindowBecomesNull) {
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
     window->setStyleMask(kFullStyle);
-    setModeAndWindow(cover, window);
+    setModeAndWindow(controller, window);
     takeEvents();
     clearAppWindowDuringStep(step);
-    cover->setupPresentation();
+    controller->setupPresentation();
     EXPECT_EQ(takeEvents().size(), step);
-    EXPECT_EQ(cover->appWindow(), nullptr);
+    EXPECT_EQ(controller->appWindow(), nullptr);
   }
 }
 
@@ -117,10 +118,10 @@ TEST_F(ControllerStyleTest, SetupSetsNoStyleAfterAppWindowBecomesNull) {
 
 TEST_F(ControllerStyleTest, SetupConfiguresTheModalWindow) {
   const auto modal = openWindow("NSWindow");
-  modal->contentView()->addSubview(cover->view());
+  modal->contentView()->addSubview(controller->view());
   takeEvents();
-  setModeAndWindow(cover, window, LaunchScreenPresentationModalWindow);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window, LaunchScreenPresentationModalWindow);
+  controller->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 0"});
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
   EXPECT_TRUE(modal->isMovableByWindowBackground());
@@ -128,71 +129,71 @@ TEST_F(ControllerStyleTest, SetupConfiguresTheModalWindow) {
 }
 
 TEST_F(ControllerStyleTest, SetupForAModalWindowDoesNotChangeAppWindow) {
-  setModeAndWindow(cover, window, LaunchScreenPresentationModalWindow);
-  cover->setupPresentation();  // the cover's view is in no window, so no window gets a new style
+  setModeAndWindow(controller, window, LaunchScreenPresentationModalWindow);
+  controller->setupPresentation();  // the view is in no window, so no window gets a new style
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_FALSE(window->isMovableByWindowBackground());
   EXPECT_TRUE(window->canHide());
-  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
+  EXPECT_EQ(controller->appWindowStyleMask(), kNoSavedStyle);
 }
 
 // Restoring the style
 
 TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   takeEvents();
-  cover->restorePresentation();
+  controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
 TEST_F(ControllerStyleTest, TheSavedStyleIsKeptAfterARestore) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
-  cover->restorePresentation();
-  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
+  controller->restorePresentation();
+  EXPECT_EQ(controller->appWindowStyleMask(), kFullStyle);
 }
 
 TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   takeEvents();
-  cover->restorePresentation();
-  cover->restorePresentation();
+  controller->restorePresentation();
+  controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
 }
 
 TEST_F(ControllerStyleTest, WithoutASavedStyleRestoreOnlyReleasesTheWindow) {
-  setModeAndWindow(cover, window);
-  cover->restorePresentation();
+  setModeAndWindow(controller, window);
+  controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
 TEST_F(ControllerStyleTest, ASecondPresentationRestoresTheStyleThatTheFirstPresentationSaved) {
   embed(window);
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   platform.run(1);
   window->setStyleMask(NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   embed(window);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  cover->restorePresentation();
+  controller->restorePresentation();
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
 TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
-  setModeAndWindow(cover, window);
-  cover->setupPresentation();
+  setModeAndWindow(controller, window);
+  controller->setupPresentation();
   takeEvents();
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
-    cover->setPresentationMode(mode);
-    cover->restorePresentation();
+    controller->setPresentationMode(mode);
+    controller->restorePresentation();
   }
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(controller->appWindow(), window);
 }
 
 // Restoring the style of the tracked window. The tracked controller is an embedded controller
@@ -206,29 +207,29 @@ TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheStyleOfTheTracke
   otherController->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(cover->appWindow(), nullptr);
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_EQ(controller->appWindow(), nullptr);
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
   EXPECT_EQ(otherController->appWindowStyleMask(), kNoSavedStyle);
 }
 
 TEST_F(ControllerStyleTest, AllStyleBitsAreSetIfTheTrackedControllerHasSavedNoStyle) {
   embed(window);
-  cover->setAppWindowStyleMask(kNoSavedStyle);
+  controller->setAppWindowStyleMask(kNoSavedStyle);
   takeEvents();
   LaunchScreenViewController::init()->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 18446744073709551615"});
   EXPECT_EQ(window->styleMask(), kNoSavedStyle);
-  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
 TEST_F(ControllerStyleTest, NothingIsRestoredIfTheTrackedControllerHasNoWindow) {
   embed(window);
-  cover->restorePresentation();
+  controller->restorePresentation();
   takeEvents();
   LaunchScreenViewController::init()->restorePresentation();
-  cover->restorePresentation();
+  controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
 TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotRestoreTheStyleOfTheTrackedWindow) {
@@ -240,7 +241,7 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotRestoreTheStyleOfTheTra
   otherController->restorePresentation();
   EXPECT_EQ(otherWindow->styleMask(), kFullStyle);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(controller->appWindow(), window);
 }
 
 TEST_F(ControllerStyleTest, AControllerInModalWindowModeDoesNotRestoreTheStyleOfTheTrackedWindow) {
@@ -250,7 +251,7 @@ TEST_F(ControllerStyleTest, AControllerInModalWindowModeDoesNotRestoreTheStyleOf
   otherController->setPresentationMode(LaunchScreenPresentationModalWindow);
   otherController->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(controller->appWindow(), window);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// Which objects own the launch screen's controller ("the cover") and the LaunchScreenContent, and
-// when the objects of a launch screen are destroyed. A tracked cover is an embedded cover without a
-// parent. Global variables of the library own it (EmbeddedCover.h). The library releases a tracked
-// cover one second after its dismissal.
+// Which objects own the launch screen's controller and the LaunchScreenContent, and when the
+// objects of a launch screen are destroyed. A tracked cover is the embedded view of a controller
+// without a parent. Global variables of the library own the view and the controller
+// (EmbeddedCover.h). The library releases both one second after the dismissal.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -11,21 +11,23 @@ namespace {
 
 class CoverLifetimeTest : public CoverTest {
  protected:
-  // Releases the reference of the test. Other objects may still own the cover.
-  Weak<LaunchScreenViewController> releaseCover() { return std::exchange(cover, nullptr); }
+  // Releases the reference of the test. Other objects may still own the controller.
+  Weak<LaunchScreenViewController> releaseController() {
+    return std::exchange(controller, nullptr);
+  }
 };
 
 TEST_F(CoverLifetimeTest, ADestroyedControllerReleasesWindowDelegatesIndicatorAndView) {
   Strong<NSWindow> window = openPlayerWindow();
-  cover->setAppWindow(window);
-  cover->createActivityIndicator();
+  controller->setAppWindow(window);
+  controller->createActivityIndicator();
   const Weak<CoverDelegate> delegate = addDelegate("first");
-  const Weak<NSProgressIndicator> indicator = cover->activityIndicator();
-  const Weak<NSView> view = cover->view();
+  const Weak<NSProgressIndicator> indicator = controller->activityIndicator();
+  const Weak<NSView> view = controller->view();
   window->close();
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_FALSE(weakWindow.expired());
-  EXPECT_TRUE(releaseCover().expired());
+  EXPECT_TRUE(releaseController().expired());
   EXPECT_TRUE(weakWindow.expired());
   EXPECT_TRUE(delegate.expired());
   EXPECT_TRUE(indicator.expired());
@@ -35,13 +37,13 @@ TEST_F(CoverLifetimeTest, ADestroyedControllerReleasesWindowDelegatesIndicatorAn
 TEST_F(CoverLifetimeTest, ContentAndControllerOwnEachOtherUntilTheContentIsDeactivated) {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
-  const Weak<NSViewController> controller = content->viewController();
+  const Weak<NSViewController> contentController = content->viewController();
   const Weak<LaunchScreenContent> weakContent = std::exchange(content, nullptr);
   ASSERT_FALSE(weakContent.expired());
-  EXPECT_FALSE(controller.expired());
+  EXPECT_FALSE(contentController.expired());
   weakContent.lock()->deactivate();
   EXPECT_TRUE(weakContent.expired());
-  EXPECT_TRUE(controller.expired());
+  EXPECT_TRUE(contentController.expired());
 }
 
 TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
@@ -56,16 +58,16 @@ TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
 
 TEST_F(CoverLifetimeTest, ATrackedCoverWithoutAnotherOwnerLivesUntilOneSecondAfterItsDismissal) {
   const auto window = openPlayerWindow();
-  cover->presentForWindowWithPresentationMode(window, 0);
-  const Weak<NSView> view = cover->view();
-  const auto weakCover = releaseCover();
+  controller->presentForWindowWithPresentationMode(window, 0);
+  const Weak<NSView> view = controller->view();
+  const auto weakController = releaseController();
   platform.run(10);
-  ASSERT_FALSE(weakCover.expired());
-  weakCover.lock()->dismiss();
+  ASSERT_FALSE(weakController.expired());
+  weakController.lock()->dismiss();
   platform.run(0.9);
-  EXPECT_FALSE(weakCover.expired());
+  EXPECT_FALSE(weakController.expired());
   platform.run(0.1);
-  EXPECT_TRUE(weakCover.expired());
+  EXPECT_TRUE(weakController.expired());
   EXPECT_TRUE(view.expired());
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
@@ -74,14 +76,14 @@ TEST_F(CoverLifetimeTest,
        DismissingATrackedCoverReleasesTheWindowAtOnceAndTheContentViewOneSecondLater) {
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
-  cover->presentForWindowWithPresentationMode(window, 0);
+  controller->presentForWindowWithPresentationMode(window, 0);
   // The application holds a strong reference to each window on screen. `orderOut` releases this
   // reference. It also sets `appWindow` to null, so the test sets `appWindow` again.
   window->orderOut();
-  cover->setAppWindow(window);
+  controller->setAppWindow(window);
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_FALSE(weakWindow.expired());
-  cover->dismissViewController(cover);
+  controller->dismissViewController(controller);
   EXPECT_TRUE(weakWindow.expired());
   EXPECT_FALSE(contentView.expired());
   platform.run(1);
@@ -90,12 +92,12 @@ TEST_F(CoverLifetimeTest,
 
 TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
   const auto window = openPlayerWindow();
-  cover->presentForWindowWithPresentationMode(window, 0);
-  const Weak<NSView> view = cover->view();
-  const auto weakCover = releaseCover();
+  controller->presentForWindowWithPresentationMode(window, 0);
+  const Weak<NSView> view = controller->view();
+  const auto weakController = releaseController();
   const auto secondController = LaunchScreenViewController::init();
   secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
-  EXPECT_TRUE(weakCover.expired());
+  EXPECT_TRUE(weakController.expired());
   EXPECT_FALSE(view.expired());
   // No controller is left that could restore the style.
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -106,26 +108,26 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
 }
 
 TEST_F(CoverLifetimeTest, ACoverEmbeddedInANullWindowLivesUntilAnotherCoverReplacesIt) {
-  cover->presentForWindowWithPresentationMode(nullptr, 0);
+  controller->presentForWindowWithPresentationMode(nullptr, 0);
   // The library releases a dismissed tracked cover only if the view of the cover has a superview.
-  cover->dismiss();
+  controller->dismiss();
   platform.run(10);
-  const Weak<NSView> view = cover->view();
-  const auto weakCover = releaseCover();
-  ASSERT_FALSE(weakCover.expired());
-  EXPECT_TRUE(isTrackedCover(nullptr, weakCover.lock()));
+  const Weak<NSView> view = controller->view();
+  const auto weakController = releaseController();
+  ASSERT_FALSE(weakController.expired());
+  EXPECT_TRUE(isTrackedCover(nullptr, weakController.lock()));
   const auto secondController = LaunchScreenViewController::init();
   secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
-  EXPECT_TRUE(weakCover.expired());
+  EXPECT_TRUE(weakController.expired());
   EXPECT_TRUE(view.expired());
 }
 
 TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilTheCoverIsDismissed) {
-  cover->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
-  const auto weakCover = releaseCover();
-  ASSERT_FALSE(weakCover.expired());
-  weakCover.lock()->dismiss();
-  EXPECT_TRUE(weakCover.expired());
+  controller->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
+  const auto weakController = releaseController();
+  ASSERT_FALSE(weakController.expired());
+  weakController.lock()->dismiss();
+  EXPECT_TRUE(weakController.expired());
 }
 
 TEST_F(CoverLifetimeTest, TheModalWindowOrSheetOwnsItsCoverUntilTheCoverIsDismissed) {

@@ -79,13 +79,13 @@ void PlatformJournal::windowClosed(NSWindow& /*window*/) { journal_->push_back("
 
 CoverTest::CoverTest() {
   configuration().setExpirationTimeInterval(5);
-  cover = LaunchScreenViewController::init();
+  controller = LaunchScreenViewController::init();
 }
 
-Strong<CoverDelegate> CoverTest::addDelegate(std::string_view name,
-                                             const Strong<LaunchScreenViewController>& controller) {
+Strong<CoverDelegate> CoverTest::addDelegate(
+    std::string_view name, const Strong<LaunchScreenViewController>& launchScreenController) {
   auto delegate = make<CoverDelegate>(name, journal);
-  controller->addDelegate(delegate);
+  launchScreenController->addDelegate(delegate);
   return delegate;
 }
 

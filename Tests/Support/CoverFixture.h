@@ -134,17 +134,17 @@ class CoverTest : public VirtualPlatformTest {
   static LaunchScreenConfiguration& configuration() {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
-  /// Adds a new delegate to `cover`.
-  Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, cover); }
-  Strong<CoverDelegate> addDelegate(std::string_view name,
-                                    const Strong<LaunchScreenViewController>& controller);
+  /// Adds a new delegate to `controller`.
+  Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, controller); }
+  Strong<CoverDelegate> addDelegate(
+      std::string_view name, const Strong<LaunchScreenViewController>& launchScreenController);
   /// Returns the events in the journal and clears the journal.
   Lines takeEvents() { return std::exchange(*journal, {}); }
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};
-  /// The controller (not the view) of the cover. Tests present this controller.
-  Strong<LaunchScreenViewController> cover;
+  /// The controller of the cover. Tests present this controller.
+  Strong<LaunchScreenViewController> controller;
 };
 
 }  // namespace vel::test

@@ -11,10 +11,10 @@ namespace vel {
 class LaunchScreenViewController;
 class NSView;
 
-/// These variables refer to one embedded cover, the tracked cover. They keep the cover alive until
-/// it is removed, because the cover has no parent view controller that could own it. All launch
-/// screens share these variables: a second embedded cover becomes the tracked cover instead of the
-/// first. Only the main thread may use these variables.
+/// These variables refer to one embedded cover, the tracked cover. They keep the cover and its
+/// controller alive until the cover is removed, because no parent view controller owns them. All
+/// launch screens share these variables: a second embedded cover becomes the tracked cover instead
+/// of the first. Only the main thread may use these variables.
 namespace embedded_cover {
 
 /// The label of the work on the main queue that removes the tracked cover after its dismissal.
