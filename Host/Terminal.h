@@ -1,4 +1,5 @@
-// The terminal that the program writes to. CMake chooses the source file for the operating system.
+// The program's standard streams and terminal. CMake chooses the implementation for the operating
+// system.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +14,8 @@ void openClosedStandardStreams();
 /// Returns true if the standard output is a terminal.
 [[nodiscard]] bool isOutputTerminal();
 
-/// The width of the terminal, or no value if the standard output is not a terminal or has no known
-/// width.
+/// Returns the width of the terminal in columns. Returns no value if the standard output is not a
+/// terminal or if the width is unknown.
 [[nodiscard]] std::optional<std::size_t> terminalColumns();
 
 }  // namespace vel::host

@@ -6,9 +6,9 @@
 
 namespace vel::host {
 
-/// A square that moves from side to side on a dark background. `launchscreen show` opens a window
-/// with this view in place of a game's window. The square keeps moving under a launch screen. Use
-/// this class only on the main thread.
+/// A view of a square that moves from side to side on a dark background. `launchscreen show` puts
+/// this view into the window that it opens. The square keeps moving while a launch screen covers
+/// the window. Use this class only on the main thread.
 class MovingSquareView final : public Class<MovingSquareView, "MovingSquareView", NSView> {
  public:
   /// Creates a view that fills the window, and starts the animation.

@@ -1,4 +1,4 @@
-// The command `launchscreen show`. It acts as the host of a launch screen.
+// The command `launchscreen show`, which shows a launch screen over a window.
 #pragma once
 
 #include "Host/Command.h"

@@ -14,12 +14,14 @@ namespace vel::host {
 
 namespace {
 
-// The window controls that the library removes while it shows a launch screen.
+// The controls that the library removes from the player window (the window under the launch
+// screen).
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
-// The maximum wait for the player window to become the key window, in seconds. A window manager may
-// never make it the key window, for example while the user types in another window.
+// After this time in seconds, the session requests the launch screen even if the player window is
+// not the key window. A window manager may never make the player window the key window, for example
+// while the user types in another window.
 constexpr double kMaximumWaitForKeyWindow = 1;
 
 /// The library recognises the main window of a game by this class name.
@@ -92,7 +94,7 @@ void ShowSession::start() {
 }
 
 void ShowSession::sendRequest() {
-  startTime_ = NSRunLoop::mainRunLoop().now();
+  startTime_ = NSRunLoop::mainRunLoop().now();  // `time` now counts from the request
   broker_ = make<EngineBroker>();
   manager_ = LaunchScreenManager::init();
   manager_->setDelegate(self());
@@ -169,8 +171,8 @@ void ShowSession::present(const Strong<ContentData>& data) {
 }
 
 void ShowSession::skip() {
-  // An embedded launch screen may stay in the window for a while after its dismissal. Dismissing it
-  // again would make the library report its end again.
+  // An embedded launch screen may stay in the window for a while after its dismissal. After a
+  // second dismissal, the library would report the end of the launch screen again.
   if (options_.canSkip() && isCovering() && !isDismissed_) {
     manager_->dismissLaunchScreen();
   }
@@ -207,7 +209,8 @@ bool ShowSession::update() {
       }
     } else if (!manager_->eventWasSended()) {
       // The library has postponed the event until a window with the launch screen becomes the key
-      // window. No window contains the launch screen any more.
+      // window. No window contains the launch screen any more, so the library never records the
+      // event.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
@@ -223,7 +226,7 @@ void ShowSession::shutDown() {
   }
   if (isCovering()) {
     // An embedded launch screen may stay in the window for a while after its dismissal. Removing
-    // its view restores the window.
+    // the view of the launch screen restores the style of the window.
     cover_->view()->removeFromSuperview();
   }
   reportIfUncovered();
@@ -235,8 +238,6 @@ void ShowSession::shutDown() {
   MetricsCenter::setSink(std::exchange(previousSink_, nullptr));
   setPlatformObserver(previousObserver_);
 }
-
-// Notifications from the library and the window system
 
 void ShowSession::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (&controller == cover_.get() && method == LifeCycleMethod::DidAppear) {
@@ -292,7 +293,7 @@ void ShowSession::displayLost(std::string_view reason) {
 }
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
-  // The user needs this report only while the controls are removed.
+  // The user needs this report only while the library tries to remove the controls.
   if (&window == playerWindow_.get() && areControlsRemoved_) {
     console_->reportOnOwnLine(time(),
                               "controls kept by the window manager: " + controlNames(keptControls));

@@ -1,4 +1,4 @@
-// Tables of named values. Scenarios and traces contain the names.
+// Tables of values and their names in scenarios and traces.
 #pragma once
 
 #include <algorithm>

@@ -55,12 +55,12 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
-  // If the scenario has no member "host", `readHost` reads an empty object and adds the
-  // default window's name to `names`.
+  // Call `readHost` even if the member "host" is missing, because `readHost` adds the default
+  // window's name to `names`.
   const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];
   scenario.host = readHost(host.isPresent() ? host : JsonValue(&emptyHost, host.pointer()), names);
-  double latestStepTime = 0;  // in seconds
+  double latestStepTime = 0;  // in seconds; `readStep` updates it
   if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
       scenario.steps.push_back(readStep(step, latestStepTime, names));

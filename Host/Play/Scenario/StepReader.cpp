@@ -15,8 +15,9 @@ namespace {
 constexpr double kMaximumSeconds = 1'000'000;
 
 // Returns the number after the prefix, for example 2 for the name "sheet-2" and the prefix
-// "sheet-". Returns 0 if the name does not consist of the prefix and a number.
-std::uint64_t presentationNumber(std::string_view name, std::string_view prefix) {
+// "sheet-". Returns 0 if the name does not consist of the prefix and a positive number without
+// leading zeros.
+std::uint64_t numberAfterPrefix(std::string_view name, std::string_view prefix) {
   if (!name.starts_with(prefix)) {
     return 0;
   }
@@ -26,7 +27,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
       })) {
     return 0;
   }
-  // If the digits exceed 64 bits, `from_chars` leaves `number` at the maximum.
+  // If the value does not fit in 64 bits, `from_chars` leaves `number` at the maximum.
   std::uint64_t number = std::numeric_limits<std::uint64_t>::max();
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
@@ -144,8 +145,8 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    // A step that removes the delegate must not have the member "deactivateDuring".
-    // `readViewDelegateMembers` rejects this member because `script` has no operations.
+    // `null` removes the delegate. `readViewDelegateMembers` must then reject "deactivateDuring",
+    // so `script` must have no operations.
     script.operations.reset();
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);
@@ -181,12 +182,12 @@ StepAction readWindowStep(const StepContext& context) {
 }
 
 template <class Action>
-StepAction readWithoutMembers(const StepContext& /*context*/) {
+StepAction readStepWithoutMembers(const StepContext& /*context*/) {
   return Action{};
 }
 
 StepAction readPresentOver(const StepContext& context) {
-  context.names.addSheet();
+  context.names.addSheet();  // the step opens a sheet
   return step::PresentOver{};
 }
 
@@ -202,32 +203,32 @@ constexpr NamedValue<StepReader> kStepReaders[] = {
     {"contentView", &readContentView},
     {"present", &readPresent},
     {"dismiss", &readDismiss},
-    {"deactivate", &readWithoutMembers<step::Deactivate>},
+    {"deactivate", &readStepWithoutMembers<step::Deactivate>},
     {"send", &readSend},
     {"configure", &readConfigure},
-    {"replaceConfiguration", &readWithoutMembers<step::ReplaceConfiguration>},
+    {"replaceConfiguration", &readStepWithoutMembers<step::ReplaceConfiguration>},
     {"viewDelegate", &readViewDelegateStep},
     {"openWindow", &readOpenWindow},
     {"closeWindow", &readWindowStep<step::CloseWindow>},
     {"makeKey", &readWindowStep<step::MakeKey>},
     {"miniaturize", &readWindowStep<step::Miniaturize>},
     {"deminiaturize", &readWindowStep<step::Deminiaturize>},
-    {"resignKey", &readWithoutMembers<step::ResignKey>},
-    {"deactivateApp", &readWithoutMembers<step::DeactivateApp>},
-    {"activateApp", &readWithoutMembers<step::ActivateApp>},
-    {"stopModal", &readWithoutMembers<step::StopModal>},
+    {"resignKey", &readStepWithoutMembers<step::ResignKey>},
+    {"deactivateApp", &readStepWithoutMembers<step::DeactivateApp>},
+    {"activateApp", &readStepWithoutMembers<step::ActivateApp>},
+    {"stopModal", &readStepWithoutMembers<step::StopModal>},
     {"presentOver", &readPresentOver},
-    {"dismissOver", &readWithoutMembers<step::DismissOver>},
+    {"dismissOver", &readStepWithoutMembers<step::DismissOver>},
     {"runLoopMode", &readRunLoopMode},
-    {"inspect", &readWithoutMembers<step::Inspect>},
+    {"inspect", &readStepWithoutMembers<step::Inspect>},
 };
 
 }  // namespace
 
 std::string KnownWindowNames::add(const JsonValue& name) {
   std::string text = name.string("the window's name");
-  if (presentationNumber(text, kModalWindowPrefix) > 0 ||
-      presentationNumber(text, kSheetPrefix) > 0) {
+  if (numberAfterPrefix(text, kModalWindowPrefix) > 0 ||
+      numberAfterPrefix(text, kSheetPrefix) > 0) {
     name.throwInvalid("a name that is not reserved for presentations");
   }
   if (!hostWindows_.insert(text).second) {
@@ -237,18 +238,18 @@ std::string KnownWindowNames::add(const JsonValue& name) {
 }
 
 void KnownWindowNames::addPresentation(std::int32_t mode) {
-  if (mode == 2) {
+  if (mode == 2) {  // modal window
     ++modalWindowCount_;
-  } else if (mode != 0) {
+  } else if (mode != 0) {  // sheet; 0 is embedded and opens no window
     ++sheetCount_;
   }
 }
 
 bool KnownWindowNames::isKnown(std::string_view name) const {
-  if (const std::uint64_t number = presentationNumber(name, kModalWindowPrefix); number > 0) {
+  if (const std::uint64_t number = numberAfterPrefix(name, kModalWindowPrefix); number > 0) {
     return number <= modalWindowCount_;
   }
-  if (const std::uint64_t number = presentationNumber(name, kSheetPrefix); number > 0) {
+  if (const std::uint64_t number = numberAfterPrefix(name, kSheetPrefix); number > 0) {
     return number <= sheetCount_;
   }
   return hostWindows_.contains(name);
@@ -289,6 +290,7 @@ ViewDelegateScript readViewDelegate(const JsonValue& value) {
 
 Step readStep(const JsonValue& object, double& time, KnownWindowNames& names) {
   JsonMembers members(object, "a step");
+  // A step without "at" has the time of the previous step.
   if (const JsonValue value = members["at"]; value.isPresent()) {
     time = readSeconds(value, time);
   }

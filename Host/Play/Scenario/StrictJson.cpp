@@ -120,9 +120,8 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return pointer;
   }
 
-  // Returns the JSON pointer to the value that the parser reads at the moment. If the parser
-  // expects the name of a member instead of a value, returns the JSON pointer to the innermost open
-  // object.
+  // Returns the JSON pointer to the value that the parser reads. If the parser expects the name
+  // of a member, returns the JSON pointer to the object.
   [[nodiscard]] JsonPointer currentPointer() const {
     if (openContainers_.empty()) {
       return JsonPointer();
