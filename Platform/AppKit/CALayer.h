@@ -10,12 +10,12 @@ namespace vel {
 
 class NSView;
 
-/// The background of a layer-backed view. The view owns the layer.
+/// The background of a view. The view owns the layer.
 class VEL_EXPORT CALayer final : public Class<CALayer, "CALayer"> {
  public:
   explicit CALayer(Weak<NSView> view) : view_(std::move(view)) {}
 
-  /// The default colour is transparent.
+  /// Transparent by default.
   [[nodiscard]] CGColor backgroundColor() const { return backgroundColor_; }
   void setBackgroundColor(CGColor color);
 

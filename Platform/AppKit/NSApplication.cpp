@@ -13,8 +13,8 @@ namespace vel {
 
 namespace {
 
-/// Stands for an adopted window. `className` returns the class that the window system reports for
-/// that window. On X11, this is the class in WM_CLASS.
+/// Stands for a window that another program or the host has opened. `className` returns the class
+/// that the window system reports. On X11, this is the class in WM_CLASS.
 class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
   explicit AdoptedNSWindow(const AdoptedWindow& description)
@@ -37,7 +37,7 @@ Strong<NSApplication>& NSApp = *new Strong<NSApplication>();
 
 Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowSystem) {
   stop();
-  dispatch_get_main_queue();  // must be created on the main thread
+  dispatch_get_main_queue();  // the main thread must create this queue
   NSApp = make<NSApplication>(std::move(windowSystem));
   return NSApp;
 }
@@ -70,8 +70,8 @@ void NSApplication::disconnect() {
     window->handle_ = WindowHandle::None;
   }
   windowsByHandle_.clear();
-  // The destructor is too late to disconnect: a host may keep this object while the next
-  // application runs.
+  // Disconnect here, not in the destructor: a host may keep this object while the next application
+  // runs.
   windowSystem_->setDelegate(nullptr);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.setWindowSystemSource(nullptr);
@@ -168,7 +168,8 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
     return;  // an observer has made another window key
   }
   Strong<NSWindow> next = orderedWindows_.empty() ? nullptr : orderedWindows_.front();
-  // The last match is the window that most recently became key.
+  // The most recent key window is last in `keyHistory_`. Take the last window that
+  // is on screen.
   for (const Weak<NSWindow>& entry : keyHistory_) {
     if (const Strong<NSWindow> earlierKeyWindow = entry.lock();
         earlierKeyWindow != nullptr && earlierKeyWindow->isOnScreen()) {
@@ -181,8 +182,8 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  // A modal window gets its handle when it first opens. `updateModality` passes the new handle to
-  // the window system.
+  // A modal session can begin before its window has a handle. `updateModality` passes the new
+  // handle to the window system.
   updateModality();
 }
 
@@ -336,7 +337,7 @@ void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask keptCont
 }
 
 void NSApplication::displayLost(std::string_view reason) {
-  const std::string text(reason);
+  const std::string reasonCopy(reason);
   const Strong<NSApplication> strongSelf = self();
   for (const auto& [handle, window] : windowsByHandle_) {
     window->handle_ = WindowHandle::None;
@@ -350,7 +351,7 @@ void NSApplication::displayLost(std::string_view reason) {
     window->close();
   }
   if (const auto handler = displayLostHandler_) {
-    handler(text);
+    handler(reasonCopy);
   }
 }
 

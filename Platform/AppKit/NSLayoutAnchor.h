@@ -1,4 +1,4 @@
-// Anchors and constraints, which place a view relative to another view.
+// Layout constraints for views, and the anchors that create these constraints.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,10 @@ class NSView;
 enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
-/// A condition for the frame of one view, called the first view. A constraint from NSLayoutAnchor
-/// gives the first view the same centre as a second view, on one axis. A constraint from
-/// NSLayoutDimension gives the first view an exact or a minimum width or height. The superview of
-/// the first view owns the constraint while the constraint is active.
+/// A condition for the frame of one view, called the first view. A constraint that
+/// NSLayoutAnchor creates gives the first view the same centre as a second view, on one axis. A
+/// constraint that NSLayoutDimension creates gives the first view an exact or a minimum width or
+/// height. The superview of the first view owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,
@@ -28,8 +28,8 @@ class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NS
         secondItem_(secondView),
         constant_(constant) {}
 
-  /// Activates the constraints in the order of the list. Then lays out the superviews of the first
-  /// views. Ignores a constraint whose first view has no superview.
+  /// Activates the constraints in the order of the list. Ignores a constraint whose first view has
+  /// no superview. Then lays out each superview that has a new constraint.
   static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
 
   [[nodiscard]] Strong<NSView> firstItem() const { return firstItem_.lock(); }

@@ -27,7 +27,7 @@ class VEL_EXPORT NSProgressIndicator final
   [[nodiscard]] NSProgressIndicatorStyle style() const { return style_; }
   void setStyle(NSProgressIndicatorStyle style);
 
-  /// The appearance that was set, or null.
+  /// Null by default. The appearance does not change how the indicator is drawn.
   [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
   void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
 

@@ -55,22 +55,23 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
 
   /// Removes `view` from its current superview and adds `view` in front of the other subviews of
   /// this view. If this view is in an open window, calls `viewWillAppear` and `viewDidAppear` of
-  /// the controllers of `view` and its subviews. Skips controllers that are already shown. Ignores
-  /// null, this view itself and a view that contains this view.
+  /// the controllers of `view` and all its descendants. Skips controllers that are already shown.
+  /// Ignores null, this view itself and a view that contains this view.
   void addSubview(const Strong<NSView>& view);
-  /// Like `addSubview`, but adds `view` directly in front of `other`, or directly behind `other` if
-  /// the mode is NSWindowBelow. If `other` is not a subview of this view, adds `view` in front of
-  /// or behind all subviews.
+  /// Like `addSubview`, but adds `view` directly behind `other` if the mode is NSWindowBelow, and
+  /// directly in front of `other` otherwise. If `other` is not a subview of this view, adds `view`
+  /// behind or in front of all subviews.
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode orderingMode,
                                       const Strong<NSView>& other);
   /// Removes the view from its superview, or from its window if it is a content view. If the view
   /// is in an open window, calls `viewWillDisappear` and `viewDidDisappear` of the controllers of
-  /// the view and its subviews. Does nothing if the view has no superview and no window.
+  /// the view and all its descendants. Does nothing if the view has no superview and no window.
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }
+  /// Gives the view a layer if `needsLayer` is true. Otherwise removes the layer.
   void setWantsLayer(bool needsLayer);
-  /// The layer. Null if the view has no layer.
+  /// The layer, or null.
   [[nodiscard]] Strong<CALayer> layer() const { return layer_; }
 
   [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const { return autoresizingMask_; }
@@ -94,15 +95,16 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   /// The controller of this view, or null.
   [[nodiscard]] Strong<NSViewController> viewController() const { return viewController_.lock(); }
 
-  /// Makes the window draw its views again.
+  /// Makes the view's window draw all its views again.
   void setNeedsDisplay() const;
-  /// Adds the contents of the view and its subviews to `scene`. `origin` is the position of the
-  /// view's superview in the window.
+  /// Adds the contents of the view and all its descendants to `scene`. `origin` is the position of
+  /// the view's superview in the window.
   void addToScene(Scene& scene, CGPoint origin) const;
 
  protected:
-  /// Adds the view's contents, except the background of the layer, to `scene`. `rectangle` is the
-  /// view's frame in the window's coordinates.
+  /// A subclass overrides this function to add its own contents to `scene`, in front of the layer's
+  /// background and behind the subviews. `rectangle` is the view's frame in the window's
+  /// coordinates.
   virtual void addOwnContents(Scene& /*scene*/, CGRect /*rectangle*/) const {}
 
  private:
@@ -111,11 +113,13 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   friend class NSWindow;
 
   [[nodiscard]] bool isDescendantOf(const NSView* other) const;
+  // Removes the view from its superview or window. Calls no life-cycle method.
   void detach();
-  // Applies the autoresizing masks of the subviews.
+  // Applies the autoresizing masks of the subviews. `oldSize` is the previous size of this view.
   void resizeSubviews(CGSize oldSize);
   // Applies the constraints of the subviews.
   void layOutSubviews();
+  // Returns the width and the height that the constraints of one view define.
   static CGSize constrainedSize(const NSArray<NSLayoutConstraint>& constraints);
 
   CGRect frame_;

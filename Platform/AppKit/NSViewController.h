@@ -22,8 +22,8 @@ class NSWindow;
 /// A controller is shown while its view is in an open window. One such period is called an
 /// appearance. It begins with `viewWillAppear` and `viewDidAppear`, and ends with
 /// `viewWillDisappear` and `viewDidDisappear`. The platform layer calls each of these four
-/// life-cycle methods at most once per appearance. A subclass that overrides such a method must
-/// first call the method of the base class, because the base class records the call.
+/// life-cycle methods at most once per appearance. An override of a life-cycle method must first
+/// call the method of the base class, which records the call.
 class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewController"> {
  public:
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
@@ -48,8 +48,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   virtual void viewWillDisappear();
   virtual void viewDidDisappear();
 
-  /// Makes `child` a child of this controller and removes it from its previous parent. Does nothing
-  /// if `child` is null, this controller itself or already a child of this controller. Does
+  /// Removes `child` from its previous parent and makes `child` a child of this controller. Does
+  /// nothing if `child` is null, this controller itself or already a child of this controller. Does
   /// not change the view hierarchy.
   void addChildViewController(const Strong<NSViewController>& child);
   void removeFromParentViewController();
@@ -61,7 +61,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   /// present itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
-  /// if there is no such window, if that window is closed, or if `controller` is null or already
+  /// if this view is not in an open window. Does nothing if `controller` is null or already
   /// presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
   /// Ends the presentation of `controller`, even if another controller presents it. Does nothing
@@ -80,8 +80,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during an appearance.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if `method` has been called since the start of the most recent appearance, even if that
-  /// appearance has ended.
+  /// True if `method` has been called since the most recent appearance began.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -93,16 +92,17 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   // Begins an appearance and returns its id.
   std::uint64_t beginAppearance();
-  // Calls `method` unless the appearance has ended or `method` has already been called during it.
+  // Calls `method` at most once in the appearance with the id `appearanceId`. Does nothing after
+  // this appearance has ended.
   void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
   // Records a call of a life-cycle method and reports the call to the platform observer.
   void recordCall(LifeCycleMethod method);
   // Makes `presentedController` the content view controller of `window`, and makes this controller
-  // its presenting controller.
+  // the presenting controller of `presentedController`.
   void presentIn(const Strong<NSWindow>& window,
                  const Strong<NSViewController>& presentedController);
-  // Called on the presented controller. Undoes the changes that `presentIn` has made to both
-  // controllers.
+  // Undoes the changes that `presentIn` has made to this controller and to its presenting
+  // controller.
   void endPresentation();
 
   Strong<NSBundle> bundle_;

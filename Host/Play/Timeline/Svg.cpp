@@ -19,8 +19,8 @@ std::string formatNumber(double value) {
   return digits;
 }
 
-// Returns false if the text starts with U+FFFE, U+FFFF or a character below U+0020. XML allows tabs
-// and line breaks, but each text in a picture is a single line.
+// Returns false if the text starts with U+FFFE, U+FFFF or a character below U+0020. XML forbids
+// these characters, except tabs and line breaks. A text in a picture is a single line.
 bool startsWithAllowedCharacter(std::string_view remainingText) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
   return static_cast<unsigned char>(remainingText.front()) >= ' ' &&
@@ -34,7 +34,7 @@ std::string escapeXml(std::string_view text) {
     const std::string_view remainingText = text.substr(index);
     if (!startsWithAllowedCharacter(remainingText)) {
       result += "\uFFFD";
-      // U+FFFE and U+FFFF have three bytes: skip the other two.
+      // U+FFFE and U+FFFF have three bytes: skip the second and the third.
       index += remainingText.front() == '\xEF' ? 2U : 0U;
     } else if (text[index] == '&') {
       result += "&amp;";

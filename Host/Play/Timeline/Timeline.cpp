@@ -13,9 +13,8 @@ namespace vel::host {
 
 namespace {
 
-// Two adjacent segments of the countdown are merged if their slopes differ by less than this
-// tolerance. A slope is the change of the time left, in seconds per second. Rounding errors change
-// a slope by far less than the tolerance. Real changes of the slope are far greater.
+// Two segments of the countdown have the same slope if their slopes differ by less than this
+// tolerance. Rounding errors are far smaller. Real changes of the slope are far greater.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
@@ -55,8 +54,8 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// A refusal is logged as `Class (-[Class method]): reason`. Returns the reason. Returns
-// `std::nullopt` if the log line has another format.
+// The library logs a refused operation as `Class (-[Class method]): reason`. Returns the reason.
+// Returns `std::nullopt` if the log line has another format.
 std::optional<std::string> refusalReasonIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
   const std::size_t start = logLine.find(kSeparator);
@@ -113,15 +112,15 @@ class Timeline::Marker {
     timeline_.addMark(TimelineLane::Event, event.name);
   }
   void operator()(const trace::Tick& tick) {
-    // If a tick makes the time left negative, the library has requested the dismissal.
+    // The library requests the dismissal when the time left becomes negative.
     if (tick.timeLeft < 0) {
       timeline_.isDismissalRequested_ = true;
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Consecutive style changes of one window share a mark if they have the same time. The mark
-    // shows the last change.
     if (timeline_.styledWindow_ == assignment.window) {
+      // The previous trace line changed the style of the same window at the same time. Show only
+      // the last change.
       timeline_.marks_.pop_back();
     }
     timeline_.addMark(TimelineLane::WindowStyle,
@@ -145,7 +144,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
-  // Style changes do not share a mark if another event or some time lies between them.
+  // Keep `styledWindow_` only between consecutive style changes at the same time.
   if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();
@@ -183,8 +182,8 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
     }
     addSpan(entry->spans, span);
   }
-  // While the countdown is paused, the time left is constant until the end of the span.
-  // `currentState` may contain a new value that was set at the end of the span.
+  // While the countdown is paused, the time left is constant. A different value in `currentState`
+  // was set at `currentState.time`.
   const double timeLeftAtEnd =
       previousState.isCountingDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
   if (previousState.timeLeft > 0 && std::isfinite(previousState.timeLeft) &&
@@ -197,9 +196,9 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
 }
 
 void Timeline::extendCountdown(CountdownSegment segment) {
-  // The time left changes only at ticks, but the picture joins the values at the ticks with
-  // straight lines. A scenario step between two ticks leaves a constant segment before the step and
-  // a falling segment after the step. Merge the two segments into one line.
+  // The countdown changes the time left only at ticks. The picture shows a straight line from tick
+  // to tick. A scenario step between two ticks splits this line into a constant segment and a
+  // falling segment. Merge these two segments.
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
       segment.span.end - countdown_.back().span.start <= kTickInterval) {

@@ -62,7 +62,7 @@ constexpr double kChartHeight = 120;
 constexpr double kMarkRadius = 4;
 constexpr double kMarkToLabelDistance = 4;
 constexpr double kMinimumLabelSpacing = 8;
-// A label of at most this width fits on the right or the left side of its mark.
+// A label of at most this width fits on at least one side of its mark.
 constexpr double kMaximumLabelWidth = (kRight - kLeft) / 2 - 4 * kMarkRadius;
 constexpr int kTimeAxisTickLimit = 7;
 constexpr int kCountdownAxisTickLimit = 5;
@@ -102,13 +102,13 @@ class Drawing {
   Drawing(const Timeline& timeline, std::string_view title)
       : timeline_(timeline), title_(title), duration_(secondsFromNanoseconds(timeline.end())) {
     if (duration_ <= 0) {
-      duration_ = 1;  // the time axis of a scenario without duration needs a length
+      duration_ = 1;  // the time axis must have a length
     }
   }
 
   std::string draw() {
     drawHeader();
-    const double top = bottomEdge_;
+    const double gridTop = bottomEdge_;
     for (const KeyWindowSpans& keyWindow : timeline_.keyWindows()) {
       drawBand(keyWindow.window + " is key", "key", keyWindow.spans);
     }
@@ -117,13 +117,13 @@ class Drawing {
     for (const LaneStyle& laneStyle : kLanes) {
       drawMarks(laneStyle);
     }
-    // The background and the grid must come first in the document. Their height is known only after
-    // the lanes have been drawn.
+    // The background and the grid are behind the lanes, so they come first in the document. Their
+    // height is known only after the lanes have been drawn.
     Svg picture;
     picture.addRect("background",
                     {.x = 0, .y = 0, .width = kWidth, .height = bottomEdge_ + kMargin});
     for (const AxisTick& tick : axisTicks(duration_, kTimeAxisTickLimit)) {
-      picture.addLine("line", {xOf(tick.value), top}, {xOf(tick.value), bottomEdge_});
+      picture.addLine("line", {xOf(tick.value), gridTop}, {xOf(tick.value), bottomEdge_});
     }
     picture.append(svg_);
     return picture.document(kWidth, bottomEdge_ + kMargin, "Timeline of " + title_, kStyleSheet);
@@ -191,30 +191,30 @@ class Drawing {
       bottomEdge_ = topRowMiddle + kRowHeight / 2 + kLanePadding;
       return;
     }
-    const double maximum =
+    const double maximumTimeLeft =
         std::ranges::max(countdown, {}, &CountdownSegment::timeLeftAtStart).timeLeftAtStart;
     const double chartBottom = topRowMiddle + kRowHeight + kChartHeight;
     const auto yOf = [&](double timeLeft) {
-      return chartBottom - kChartHeight * (timeLeft / maximum);
+      return chartBottom - kChartHeight * (timeLeft / maximumTimeLeft);
     };
-    for (const AxisTick& tick : axisTicks(maximum, kCountdownAxisTickLimit)) {
+    for (const AxisTick& tick : axisTicks(maximumTimeLeft, kCountdownAxisTickLimit)) {
       const double y = yOf(tick.value);
       svg_.addLine(tick.value == 0 ? "axis" : "line", {kLeft, y}, {kRight, y});
       drawText("muted", {kLeft - kMinimumLabelSpacing, y}, Svg::Anchor::End, tick.text);
     }
     drawText("muted label", {kLeft + kMinimumLabelSpacing, topRowMiddle}, Svg::Anchor::Start,
              "solid: counting down, dashed: paused");
-    // Adjacent segments of one kind are drawn as one path.
+    // Draws one path for adjacent segments that are all counting down or all paused.
     for (auto segment = countdown.begin(); segment != countdown.end();) {
       const bool isCountingDown = segment->isCountingDown;
       std::vector<PicturePoint> points;
-      Nanoseconds end = segment->span.start;
+      Nanoseconds pathEnd = segment->span.start;
       for (; segment != countdown.end() && segment->isCountingDown == isCountingDown &&
-             segment->span.start == end;
+             segment->span.start == pathEnd;
            ++segment) {
         points.push_back({xOf(segment->span.start), yOf(segment->timeLeftAtStart)});
         points.push_back({xOf(segment->span.end), yOf(segment->timeLeftAtEnd)});
-        end = segment->span.end;
+        pathEnd = segment->span.end;
       }
       svg_.addPath(isCountingDown ? "counting-down" : "paused", points);
     }
@@ -242,8 +242,8 @@ class Drawing {
     if (layout.rowCount() == 0) {
       drawEmptyLane(middle);
     }
-    const double rows = static_cast<double>(std::max<std::size_t>(layout.rowCount(), 1));
-    bottomEdge_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
+    const double rowCount = static_cast<double>(std::max<std::size_t>(layout.rowCount(), 1));
+    bottomEdge_ = middle + (rowCount - 0.5) * kRowHeight + kLanePadding;
   }
 
   const Timeline& timeline_;

@@ -11,11 +11,12 @@ namespace {
 
 Inspection::Configuration inspectConfiguration() {
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
-  const Strong<NSString> event = configuration->nextEventName();
+  const Strong<NSString> eventName = configuration->nextEventName();
   return {.hasViewController = configuration->viewController() != nullptr,
           .skipMode = configuration->skipMode(),
-          .nextEventName =
-              event == nullptr ? std::nullopt : std::optional(std::string(event->UTF8String())),
+          .nextEventName = eventName == nullptr
+                               ? std::nullopt
+                               : std::optional(std::string(eventName->UTF8String())),
           .expirationTimeInterval = configuration->expirationTimeInterval()};
 }
 
@@ -32,7 +33,7 @@ Inspection::Content inspectContent(const LaunchScreenContent& content) {
 Inspection::Controller inspectController(LaunchScreenViewController& controller,
                                          WindowNames& names) {
   const auto delegates = controller.delegates();
-  // If the view is not loaded, calling `view` would load it and change the inspected state.
+  // `view` loads a missing view, which would change the inspected state.
   const auto window = controller.isViewLoaded() ? controller.view()->window() : nullptr;
   return {.presentationMode = controller.presentationMode(),
           .appWindow = names.nameOf(controller.appWindow()),

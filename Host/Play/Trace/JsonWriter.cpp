@@ -19,6 +19,7 @@ void writeJson(std::string& text, double value) {
 
 void writeJson(std::string& text, std::string_view value) {
   using Json = nlohmann::json;
+  // `replace` writes U+FFFD for invalid UTF-8. The default would throw an exception.
   text += Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
