@@ -1,4 +1,4 @@
-// The scene of a window: the layers and indicators that the window system shows.
+// A scene: the filled rectangles and spinners that the platform layer draws in a window.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/AppKit/NSProgressIndicator.h"
 #include "Tests/AppKit/EventRecorder.h"
@@ -69,7 +69,7 @@ TEST_F(SceneTest, ANewLayerIsTransparent) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
-TEST_F(SceneTest, TheViewAndTheChangesMadeInWillAppearEnterTheSceneTogether) {
+TEST_F(SceneTest, AnAddedViewEntersTheSceneAfterWillAppear) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   const auto innerView = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   innerView->setStyle(NSProgressIndicatorStyleSpinning);
@@ -92,7 +92,7 @@ TEST_F(SceneTest, TheViewAndTheChangesMadeInWillAppearEnterTheSceneTogether) {
   EXPECT_EQ(sceneInDidAppear, expectedScene);
 }
 
-TEST_F(SceneTest, TheContentViewAndTheChangesMadeInWillAppearEnterTheSceneTogether) {
+TEST_F(SceneTest, AContentViewEntersTheSceneAfterWillAppear) {
   const auto controller = make<RecordingController>(recorder, "C");
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const Scene sceneBefore = scene();
@@ -107,7 +107,7 @@ TEST_F(SceneTest, TheContentViewAndTheChangesMadeInWillAppearEnterTheSceneTogeth
   EXPECT_EQ(scene(), Scene{fillItem({{}, window->frame().size}, kWhite)});
 }
 
-TEST_F(SceneTest, SetWantsLayerTrueAgainKeepsTheLayerAndFalseRemovesIt) {
+TEST_F(SceneTest, SetWantsLayerTrueKeepsAnExistingLayerAndSetWantsLayerFalseRemovesIt) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->setWantsLayer(true);
   EXPECT_EQ(view->layer()->backgroundColor(), kRed);
@@ -143,7 +143,7 @@ TEST_F(SceneTest, AnOpenedWindowShowsViewsAddedWhileItWasClosed) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, ADestroyedWindowShowsItsViewsWhenOpenedAgain) {
+TEST_F(SceneTest, AWindowReopenedAfterItsDestructionShowsItsViews) {
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const WindowHandle handle = window->handle();
   window->close();
@@ -152,8 +152,8 @@ TEST_F(SceneTest, ADestroyedWindowShowsItsViewsWhenOpenedAgain) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-// The owner of an adopted window can deminiaturise the window while the run loop does not run.
-// Sending the scene in the next pass of the run loop would be too late.
+// A host can deminiaturise its window while the run loop does not run. The window must then show
+// the current scene.
 TEST_F(SceneTest, EachChangeUpdatesTheSceneOfAMiniaturisedWindowAtOnce) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->miniaturize();

@@ -34,7 +34,7 @@ TEST_F(ViewTreeTest, ASubviewIsAddedDirectlyAboveOrBelowAnother) {
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{lowerView, backView, upperView, frontView}));
 }
 
-TEST_F(ViewTreeTest, ASubviewPositionedRelativeToANonSiblingBecomesFrontmostOrBackmost) {
+TEST_F(ViewTreeTest, AboveANonSiblingMeansFrontmostAndBelowANonSiblingMeansBackmost) {
   const auto backmostView = makeView();
   const auto frontmostView = makeView();
   rootView->addSubviewPositionedRelativeTo(frontmostView, NSWindowAbove, rootView);
@@ -59,7 +59,7 @@ TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
   EXPECT_EQ(backView->superview(), frontView);
 }
 
-TEST_F(ViewTreeTest, AddSubviewIgnoresTheViewItselfAndItsAncestorsAndNull) {
+TEST_F(ViewTreeTest, AddSubviewIgnoresNullAndTheViewItselfAndItsAncestors) {
   rootView->addSubview(nullptr);
   rootView->addSubview(rootView);
   frontView->addSubview(rootView);
@@ -92,7 +92,7 @@ TEST_F(ViewTreeTest, SubviewsDoNotOwnTheirSuperview) {
   EXPECT_EQ(frontView->superview(), nullptr);
 }
 
-TEST_F(ViewTreeTest, AViewIsInTheWindowOfItsOutermostSuperview) {
+TEST_F(ViewTreeTest, ASubviewIsInTheWindowOfItsSuperview) {
   const auto window = openWindow("A");
   EXPECT_EQ(frontView->window(), nullptr);
   window->contentView()->addSubview(rootView);
@@ -205,7 +205,7 @@ TEST_F(ConstraintTest, ConstraintsApplyAgainWhenTheSuperviewIsResized) {
   EXPECT_EQ(innerView->frame(), CGRectMake(84, 30, 32, 40));
 }
 
-TEST_F(ConstraintTest, TheLargestOfSeveralMinimumsApplies) {
+TEST_F(ConstraintTest, TheLargestMinimumWidthApplies) {
   NSLayoutConstraint::activateConstraints({
       innerView->widthAnchor().constraintGreaterThanOrEqualToConstant(50),
       innerView->widthAnchor().constraintGreaterThanOrEqualToConstant(20),

@@ -1,7 +1,6 @@
-// Calls of the C interface from inside callbacks. The library calls log_line, will_appear and
-// may_disappear during an operation, such as showing the launch screen. Inside these three
-// callbacks, vel_request and vel_present return VEL_BUSY. The library calls all other callbacks
-// after the operation. Inside those callbacks, vel_request and vel_present work.
+// Calls of the C interface from inside callbacks. Inside log_line, will_appear and may_disappear,
+// vel_request and vel_present return VEL_BUSY, because the library has not finished its current
+// operation. Inside every other callback, vel_request and vel_present work.
 //
 // The tests of vel_dismiss use mode "skip", in which the host may dismiss the launch screen at any
 // time.
@@ -14,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The parameter is the presentation of the first and of the next launch screen.
+/// The parameter is the presentation of both launch screens.
 class NextScreenInDidDisappearTest : public CBindingTest,
                                      public testing::WithParamInterface<VelPresentation> {
  protected:
@@ -55,7 +54,8 @@ INSTANTIATE_TEST_SUITE_P(Presentation, NextScreenInDidDisappearTest,
 
 class CallsInCallbacksTest : public CBindingTest {
  protected:
-  /// Requests and presents in the first callback of this name, and stores both results.
+  /// Requests and presents another launch screen in the first call of the callback `name`. Stores
+  /// both results.
   void requestAndPresentIn(const std::string& name) {
     host.onCallback = [this, name](const std::string& callback) {
       if (callback == name && requestStatus == -1) {
@@ -70,7 +70,7 @@ class CallsInCallbacksTest : public CBindingTest {
   int presentStatus = -1;
 };
 
-TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringPresent) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInsideLogLineOfPresent) {
   requestAndPresentIn("log_line");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -85,7 +85,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringPresent) 
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringARefusedRequest) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInsideLogLineOfARefusedRequest) {
   requestAndPresentIn("log_line");
   const VelRequest request = makeRequest("launch_end", 0);
   EXPECT_EQ(vel_request(screen, &request), VEL_REFUSED);
@@ -94,7 +94,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringARefusedR
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInWillAppear) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInsideWillAppear) {
   requestAndPresentIn("will_appear");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -103,7 +103,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInWillAppear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInMayDisappear) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInsideMayDisappear) {
   requestAndPresentIn("may_disappear");
   present(VEL_PRESENT_MODAL, 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
@@ -112,7 +112,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInMayDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, PresentSucceedsInStateChanged) {
+TEST_F(CallsInCallbacksTest, PresentSucceedsInsideStateChanged) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "state_changed") {
       presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
@@ -126,7 +126,7 @@ TEST_F(CallsInCallbacksTest, PresentSucceedsInStateChanged) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);  // VEL_END_TIME_USED_UP
 }
 
-TEST_F(CallsInCallbacksTest, ADismissalInWillAppearTakesEffectInTheNextPump) {
+TEST_F(CallsInCallbacksTest, ADismissalInsideWillAppearTakesEffectInTheNextPump) {
   VelStatus dismissStatus = VEL_INTERNAL_ERROR;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "will_appear") {
@@ -140,7 +140,7 @@ TEST_F(CallsInCallbacksTest, ADismissalInWillAppearTakesEffectInTheNextPump) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, ADismissalInMayDisappearIsIgnored) {
+TEST_F(CallsInCallbacksTest, ADismissalInsideMayDisappearIsIgnored) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
       EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -154,8 +154,9 @@ TEST_F(CallsInCallbacksTest, ADismissalInMayDisappearIsIgnored) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
 }
 
-// Without a content controller, an embedded cover is removed one second after did_disappear.
-TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheCoverIsRemovedChangesNothing) {
+// Without a content controller, an embedded launch screen is removed one second after
+// did_disappear.
+TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheLaunchScreenIsRemovedChangesNothing) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_TRUE(isUp());

@@ -101,7 +101,7 @@ TEST_F(DestroyTest, AfterTheOwnerHasDestroyedTheWindow) {
 class DestroyInsideCallbackTest : public DestroyTest,
                                   public testing::WithParamInterface<const char*> {};
 
-TEST_P(DestroyInsideCallbackTest, NoCallbackExceptEndedFollowsDestroy) {
+TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
   bool isDestroyed = false;
   host.onCallback = [&](const std::string& callback) {
     EXPECT_TRUE(!isDestroyed || callback == "ended") << callback << " is called after vel_destroy";
@@ -113,8 +113,7 @@ TEST_P(DestroyInsideCallbackTest, NoCallbackExceptEndedFollowsDestroy) {
       VelLaunchScreen* handleCopy = staleHandle;
       EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
-      // The handle is already invalid. vel_create still fails until the call that caused this
-      // callback returns.
+      // vel_create fails until the call that caused this callback returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
       VelLaunchScreen* nextScreen = nullptr;
       EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);
@@ -167,7 +166,7 @@ TEST_F(DestroyTest, InsideControlsKept) {
   expectDestroyed();
 }
 
-TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
+TEST_F(DestroyTest, RunReturnsWhenACallbackDestroysTheLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 1);
   host.onCallback = [this](const std::string& callback) {
     if (callback == "did_disappear") {
@@ -192,7 +191,7 @@ TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The callback advances the time beyond the 2 s of the next call.
+  // The callback calls vel_run for 5 s, so this call advances the time by more than 2 s.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

@@ -24,6 +24,7 @@ ResourceUse currentResourceUse() {
           static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)))};
 }
 
+// Shows the launch screen in different ways, depending on `round`. Some rounds only request it.
 void createAndDestroy(int round) {
   CHost host;
   const VelCallbacks callbacks = host.callbacks();
@@ -40,31 +41,29 @@ void createAndDestroy(int round) {
   }
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
-    // The rounds destroy the launch screen at seven different times, during and after the
-    // countdown.
+    // Seven different times, so that launch screens are destroyed during and after the countdown.
     ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)), VEL_OK);
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(GrowthTest, MemoryAndDescriptorsDoNotGrowInTenThousandLaunchScreens) {
+TEST(GrowthTest, MemoryAndDescriptorsDoNotGrow) {
   constexpr int kRounds = 10'000;
   constexpr int kWarmUpRounds = 500;  // until all caches are filled
   for (int round = 0; round < kWarmUpRounds; ++round) {
     createAndDestroy(round);
   }
-  const ResourceUse useBefore = currentResourceUse();
+  const ResourceUse before = currentResourceUse();
   for (int round = 0; round < kRounds; ++round) {
     createAndDestroy(round);
   }
-  const ResourceUse useAfter = currentResourceUse();
+  const ResourceUse after = currentResourceUse();
   // A leak of one byte per round fails the test.
-  EXPECT_LT(useAfter.bytes, useBefore.bytes + kRounds);
-  EXPECT_EQ(useAfter.descriptors, useBefore.descriptors);
-  // A sanitizer allocates pages of its own, so this check runs only without a sanitizer. With a
-  // sanitizer, mallinfo2 returns 0.
-  if (useBefore.bytes > 0) {
-    EXPECT_LE(useAfter.pages, useBefore.pages + 64);  // 256 KiB
+  EXPECT_LT(after.bytes, before.bytes + kRounds);
+  EXPECT_EQ(after.descriptors, before.descriptors);
+  // A sanitizer allocates pages of its own. Under a sanitizer, mallinfo2 reports 0 bytes.
+  if (before.bytes > 0) {
+    EXPECT_LE(after.pages, before.pages + 64);  // 256 KiB
   }
 }
 

@@ -24,8 +24,8 @@ HostProcess::HostProcess(const std::vector<std::string>& arguments, const std::s
 HostProcess::~HostProcess() { close(outputDescriptor_); }
 
 const std::vector<std::string>& HostProcess::lines() {
-  pollfd input{outputDescriptor_, POLLIN, 0};
-  while (poll(&input, 1, 0) > 0 && readOutput()) {
+  pollfd pollEntry{outputDescriptor_, POLLIN, 0};
+  while (poll(&pollEntry, 1, 0) > 0 && readOutput()) {
   }
   return lines_;
 }

@@ -1,4 +1,4 @@
-// Tests of the examples that need no display.
+// Examples that run without a display.
 #include <gmock/gmock.h>
 
 #include "Tests/Examples/HostProcess.h"
@@ -24,6 +24,7 @@ INSTANTIATE_TEST_SUITE_P(Examples, LoopExample, testing::Values("poll-loop", "gl
 TEST(PythonHost, PrintsEachCallbackWithoutADisplay) {
   HostProcess host(pythonHostCommand({"--seconds", "0.3"}));
   EXPECT_EQ(host.wait(), 0);
+  // "state_changed 3" reports VEL_STATE_LOADED. "ended 1" reports VEL_END_TIME_USED_UP.
   EXPECT_THAT(host.lines(), ElementsAre("state_changed 3 None",
                                         "log_line LaunchScreenContent (-[LaunchScreenContent "
                                         "presentForWindow:withPresentationMode:]) mode: 0",

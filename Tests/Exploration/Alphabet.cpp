@@ -11,9 +11,9 @@ namespace vel::exploration {
 
 namespace {
 
-// The requests start a countdown of 0.3 s. It takes four ticks of 0.1 s, because the library reads
-// 0.3 as a `float`, which is slightly more than 0.3. The action "half a second" is longer than the
-// countdown. Add new actions at the end, because the seeds of the fuzzer refer to actions by index.
+// The countdown of 0.3 s takes four ticks of 0.1 s, because the `float` 0.3 is slightly more than
+// 0.3. An action with the step "inspect" only lets time pass. Add new actions at the end, because
+// the seeds of the fuzzer refer to actions by index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
@@ -37,7 +37,7 @@ constexpr Action kActions[] = {
     {"deactivate", 0, R"({"do":"deactivate"})"},
 };
 
-// The end of a setting's JSON: the windows after the player window, and the closing brackets.
+// The JSON of the windows that every setting has after the player window, and the closing brackets.
 #define VEL_EXPLORATION_OTHER_WINDOWS                               \
   R"({"name":"other","className":"OtherWindow","styleMask":7},)"    \
   R"({"name":"consent","className":"ConsentWindow","styleMask":1,)" \
@@ -51,13 +51,13 @@ constexpr Setting kSettings[] = {
 
 #undef VEL_EXPLORATION_OTHER_WINDOWS
 
-constexpr int kTenthsUntilNoWorkIsLeft = 50;
+constexpr int kTenthsOfSecondUntilNoWorkIsLeft = 50;
 
 std::string secondsFromTenths(int tenths) { return host::shortestDecimal(tenths / 10.0); }
 
-std::string scenarioOf(const Setting& setting, const std::string& steps, int untilTenths) {
+std::string scenarioOf(const Setting& setting, const std::string& steps, int endInTenths) {
   return "{\n  \"host\": " + std::string(setting.host) + ",\n  \"steps\": [" + steps +
-         "\n  ],\n  \"until\": " + secondsFromTenths(untilTenths) + "\n}\n";
+         "\n  ],\n  \"until\": " + secondsFromTenths(endInTenths) + "\n}\n";
 }
 
 }  // namespace
@@ -80,12 +80,11 @@ std::string scenarioText(const Setting& setting, const Script& script) {
     const Action& action = kActions[index];
     tenths += action.tenthsOfSecond;
     steps += steps.empty() ? "\n    " : ",\n    ";
-    // Only the first step of an action needs a time. A step without a time has the time of the
-    // previous step.
+    // Sets the time of the first step. A step without a time has the time of the previous step.
     steps += "{\"at\":" + secondsFromTenths(tenths) + ",";
     steps += action.steps.substr(1);  // without the opening brace
   }
-  return scenarioOf(setting, steps, tenths + kTenthsUntilNoWorkIsLeft);
+  return scenarioOf(setting, steps, tenths + kTenthsOfSecondUntilNoWorkIsLeft);
 }
 
 ParsedSetting::ParsedSetting(const Setting& source)

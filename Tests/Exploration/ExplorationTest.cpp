@@ -1,5 +1,6 @@
-// The exploration plays scripts and checks invariants. A script is a sequence of actions of the
-// host or the user. The finding is the first script that breaks an invariant.
+// The exploration plays scripts and checks invariants, which are statements that must always hold.
+// A script is a sequence of actions of the host or the user. A setting is a host with its windows.
+// The finding is the first script that breaks an invariant.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -27,7 +28,7 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-// Plays the script. Returns the state key: the values on which the rest of the play depends.
+// Plays the script. Returns the state key: all values that influence the results of later actions.
 std::string stateKeyAfter(const ParsedSetting& parsedSetting, const Script& script) {
   ObservedPlay play(parsedSetting, {});
   for (const std::uint8_t action : script) {
@@ -49,17 +50,15 @@ std::vector<Script> continuationsOf(const Script& script) {
   return continuations;
 }
 
-// Findings
-
 // Explores with a single invariant, which some scripts break.
-Exploration exploreFor(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
-                       std::size_t depth) {
+Exploration exploreWith(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
+                        std::size_t depth) {
   const Invariant brokenInvariant[] = {{"a false statement", checkTime, findFault}};
   return explore(settingWithoutContentViewController(), brokenInvariant, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) {
-  const Exploration exploration = exploreFor(
+  const Exploration exploration = exploreWith(
       CheckTime::AfterAction,
       [](const ObservedPlay& play) -> std::string {
         return play.hostWindows().front()->styleMask() == 1 ? "controls are removed" : "";
@@ -71,7 +70,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) 
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATick) {
-  const Exploration exploration = exploreFor(
+  const Exploration exploration = exploreWith(
       CheckTime::Moment,
       [](const ObservedPlay& play) -> std::string {
         const bool isTick = play.traceEvent() != nullptr &&
@@ -85,20 +84,20 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATick) {
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtTheEndOfThePlay) {
-  const Exploration exploration = exploreFor(
+  const Exploration exploration = exploreWith(
       CheckTime::End,
       [](const ObservedPlay& play) -> std::string {
         return play.history().recordedEventCount > 0 ? "an event was recorded" : "";
       },
       4);
   ASSERT_TRUE(exploration.finding);
-  // `ObservedPlay::end` deactivates the manager. The finding contains this as the last action.
+  // `ObservedPlay::end` deactivates the manager, so "deactivate" is the last action of the script.
   EXPECT_EQ(exploration.finding->script,
             scriptOf({"request", "content view", "dismiss by the manager", "deactivate"}));
 }
 
 TEST(ExplorationTest, PrintsAFindingAsAScenario) {
-  const Exploration exploration = exploreFor(
+  const Exploration exploration = exploreWith(
       CheckTime::AfterAction,
       [](const ObservedPlay& play) -> std::string {
         return play.currentSample().isUnfocused ? "away" : "";
@@ -125,8 +124,6 @@ TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
   }
 }
 
-// Counts
-
 TEST(ExplorationTest, ExtendsOneScriptForEachState) {
   const Exploration exploration = explore(settingWithoutContentViewController(), invariants(), 1);
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
@@ -138,8 +135,6 @@ TEST(ExplorationTest, ExtendsOneScriptForEachState) {
             exploration.scriptCount + newStateCount * actions().size());
 }
 
-// Equal states
-
 TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
   EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"key to the player"}));
   EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"tick", "half a second"}));
@@ -147,21 +142,21 @@ TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
             stateKeyAfter({"request", "content view", "content view"}));
 }
 
-TEST(StateKeyTest, DiffersIfTheFutureDiffers) {
+TEST(StateKeyTest, DiffersIfLaterActionsCanHaveOtherResults) {
   EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request in skip mode"}));
   EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request", "content view"}));
-  // The player is key in both states. The window that was key before the player differs.
+  // The scripts differ in the window that was key before the player.
   EXPECT_NE(stateKeyAfter({"key to another window", "key to the player"}),
             stateKeyAfter({"consent window loses key", "key to the player"}));
-  // A refused dismissal changes nothing, except that it leaves delayed work.
+  // A refused dismissal leaves delayed work.
   EXPECT_NE(stateKeyAfter({"request", "content view"}),
             stateKeyAfter({"request", "content view", "dismiss by the controller"}));
 }
 
-class SettingTest : public testing::TestWithParam<std::size_t> {};
+class EqualStateKeyTest : public testing::TestWithParam<std::size_t> {};
 
-// Fails if the state key lacks a value on which the rest of the play depends.
-TEST_P(SettingTest, PlaysWithTheSameStateKeyHaveTheSameFuture) {
+// Fails if the state key lacks a value that influences the results of later actions.
+TEST_P(EqualStateKeyTest, EqualStateKeysStayEqualAfterTheSameAction) {
   const ParsedSetting parsedSetting(settings()[GetParam()]);
   std::map<std::string, Script> firstScriptByStateKey;
   std::vector<Script> scripts{{}};
@@ -182,7 +177,8 @@ TEST_P(SettingTest, PlaysWithTheSameStateKeyHaveTheSameFuture) {
   EXPECT_LT(firstScriptByStateKey.size(), scripts.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
+INSTANTIATE_TEST_SUITE_P(Settings, EqualStateKeyTest,
+                         testing::Range(std::size_t{0}, settings().size()));
 
 // Style exceptions: the known cases in which the library does not restore the style of a window
 
@@ -194,7 +190,8 @@ struct Example {
   std::vector<NSWindowStyleMask> remainingStyles;
 };
 
-// A controller's `appWindowStyleMask` before the controller saves the style of a window.
+// The initial value of a controller's `appWindowStyleMask`. In the last example, the library gives
+// this style to a window.
 constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 
 const Example kExamples[] = {

@@ -11,10 +11,12 @@
 
 namespace vel::exploration {
 
-/// A script that breaks an invariant. `ObservedPlay::end` deactivates the manager of the launch
-/// screen. If this deactivation breaks the invariant, `script` ends with "deactivate".
+/// A script that breaks an invariant.
 struct Finding {
+  /// The broken invariant and what is wrong.
   std::string violation;
+  /// Ends with "deactivate" if the violation comes from `ObservedPlay::end`, which deactivates the
+  /// manager of the launch screen.
   Script script;
 };
 
@@ -25,10 +27,9 @@ struct Exploration {
   std::size_t stateCount = 0;
   /// The number of scripts that were played.
   std::size_t scriptCount = 0;
-  /// Every script up to this length was played, or reaches the same state as a played script.
+  /// The exploration has reached every state that a script of up to this length can reach.
   std::size_t depth = 0;
-  /// The first script that breaks an invariant. No shorter script breaks an invariant. The
-  /// exploration stops after this script.
+  /// The first script that breaks an invariant. The exploration stops after this script.
   std::optional<Finding> finding;
 };
 

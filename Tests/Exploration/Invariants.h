@@ -6,7 +6,7 @@
 
 namespace vel::exploration {
 
-/// The statements that hold for every launch screen, whatever the host and the user do.
+/// The statements that must hold for every launch screen, whatever the host and the user do.
 [[nodiscard]] std::span<const Invariant> invariants();
 
 }  // namespace vel::exploration

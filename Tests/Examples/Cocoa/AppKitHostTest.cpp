@@ -1,5 +1,5 @@
-// Tests of the Objective-C example host on a display with a window manager. The host's run loop is
-// [NSApp run].
+// Tests of the Objective-C example `appkit-host` under a window manager. The example opens a blue
+// window. A click into the window shows the launch screen.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -16,23 +16,22 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 
-constexpr std::uint32_t kBlue = 0x0000FF;  // the host's own picture
+constexpr std::uint32_t kBlue = 0x0000FF;  // the host's window without the launch screen
 // Presentation modes, as values of the host's option -mode.
 constexpr const char* kEmbedded = "0";
 constexpr const char* kSheet = "1";
 constexpr const char* kModalWindow = "2";
 
-// The destructor of `AppKitEnvironment` kills all child processes. It must run after
-// `X11TestWithManager` has stopped the X server, so `AppKitEnvironment` is the first base class.
+// The destructor of `AppKitEnvironment` kills all child processes, so it must run after the X
+// server has stopped. The first base class is destroyed last.
 class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
-  // Polls `condition` until it is true. Returns false after `kTimeout`. The free AppKit of
-  // GNUstep sometimes handles an X event only when another event arrives. So each poll moves the
-  // pointer over the host's window, which sends another event.
+  // Like `test::eventually`, but moves the pointer over the host's window before each check. The
+  // free AppKit of GNUstep sometimes handles an X event only when another event arrives.
   bool eventually(const std::function<bool()>& condition) {
     int distance = 0;
     return test::eventually([&] {
-      if (const xcb_window_t window = player(); window != 0) {
+      if (const xcb_window_t window = hostWindow(); window != 0) {
         distance = (distance + 1) % 50;
         const PixelRect area = client.areaOnScreen(window);
         client.movePointer(area.x + area.width / 2 + distance, area.y + area.height / 2);
@@ -40,49 +39,48 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
       return condition();
     });
   }
-  // Waits until the host has drawn its window, and clicks it. The click shows the launch screen.
-  void click() {
+  void clickWindow() {
     ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
-    const PixelRect area = client.areaOnScreen(player());
+    const PixelRect area = client.areaOnScreen(hostWindow());
     client.click(area.x + area.width / 2, area.y + area.height / 2);
   }
-  // Closes the window as the user would, and waits until the host exits. SIGTERM would not always
-  // end the host. The signal handler of the free AppKit calls Xlib, and this call can block forever
-  // if the signal interrupts another call of Xlib.
-  int close(HostProcess& host) {
-    client.sendProtocolMessage(player(), "WM_DELETE_WINDOW");
-    EXPECT_TRUE(eventually([this] { return player() == 0; }));
+  // Closes the window as the user would. Returns the exit status of the host. SIGTERM would not
+  // always end the host: its handler in the free AppKit calls Xlib, and can block forever if the
+  // signal has interrupted a call of Xlib.
+  int closeAndWait(HostProcess& host) {
+    client.sendProtocolMessage(hostWindow(), "WM_DELETE_WINDOW");
+    EXPECT_TRUE(eventually([this] { return hostWindow() == 0; }));
     return host.wait();
   }
 
-  [[nodiscard]] xcb_window_t player() const { return client.findWindow("appkit-host"); }
+  [[nodiscard]] xcb_window_t hostWindow() const { return client.findWindow("appkit-host"); }
   // True if all pixels of the host's window have this colour.
   [[nodiscard]] bool isAll(std::uint32_t color) const {
-    const xcb_window_t window = player();
+    const xcb_window_t window = hostWindow();
     return window != 0 && client.isViewable(window) && client.screenPicture(window).isAll(color);
   }
   [[nodiscard]] std::uint32_t middlePixel() const {
-    const Picture picture = client.screenPicture(player());
+    const Picture picture = client.screenPicture(hostWindow());
     return picture.at(picture.width / 2, picture.height / 2);
   }
   void savePicture(const std::string& name) const {
-    const PixelRect area = client.areaOnScreen(player());
+    const PixelRect area = client.areaOnScreen(hostWindow());
     client.screenPicture({area.x - 20, area.y - 40, area.width + 40, area.height + 60})
         .save("objective-c-" + name);
   }
   [[nodiscard]] std::vector<std::uint32_t> sizeHints() const {
-    return client.numbers(player(), "WM_NORMAL_HINTS");
+    return client.numbers(hostWindow(), "WM_NORMAL_HINTS");
   }
-  // Checks a run in which the launch screen is in a window of the library.
-  void checkPresentationInAWindowOfTheLibrary(const char* mode, const std::string& name) {
+  // Checks a launch screen that the library shows in a window of its own.
+  void checkLaunchScreenInItsOwnWindow(const char* mode, const std::string& pictureName) {
     HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", mode},
                      server.display());
-    click();
+    clickWindow();
     EXPECT_TRUE(eventually([this] { return middlePixel() == kWhite; }));
-    savePicture(name);
+    savePicture(pictureName);
     EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
     EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
-    EXPECT_EQ(close(host), 0);
+    EXPECT_EQ(closeAndWait(host), 0);
     EXPECT_THAT(host.lines(),
                 ElementsAre(EndsWith(" loaded"), EndsWith(" will appear"),
                             EndsWith(" did disappear"), EndsWith(" event launch_end")));
@@ -92,18 +90,18 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
 // Each line that the host prints begins with the seconds since the click.
 double secondsOf(const std::string& line) { return std::atof(line.c_str()); }
 
-TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
+TEST_F(AppKitHost, TheWindowIsWhiteDuringTheLaunchScreenAndThenBlueAgain) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
   ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
   savePicture("before");
-  click();
+  clickWindow();
   EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
   savePicture("covered");
   EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
   EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
   savePicture("after");
-  EXPECT_EQ(close(host), 0);
+  EXPECT_EQ(closeAndWait(host), 0);
   EXPECT_THAT(host.lines(), ElementsAre(EndsWith(" loaded"), EndsWith(" will appear"),
                                         EndsWith(" did disappear"), EndsWith(" event launch_end")));
 }
@@ -111,34 +109,34 @@ TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
 TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheLaunchScreenDisappears) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1", "-mode", kEmbedded},
                    server.display());
-  click();
+  clickWindow();
   ASSERT_TRUE(eventually([&] { return host.lines().size() == 4; }));
   const double disappearance = secondsOf(host.lines()[2]);
   const double event = secondsOf(host.lines()[3]);
   EXPECT_GT(disappearance, 0.9);
   EXPECT_GT(event - disappearance, 0.49);
-  EXPECT_LT(event - disappearance, 5);  // a busy machine is late
-  EXPECT_EQ(close(host), 0);
+  EXPECT_LT(event - disappearance, 5);  // generous, because the machine may be busy
+  EXPECT_EQ(closeAndWait(host), 0);
 }
 
-// metacity draws the buttons of the title bar, and the free AppKit cannot remove these buttons. The
-// library can only forbid resizing, which changes the size hints.
-TEST_F(AppKitHost, ChangesItsSizeHintsWhileCoveredAndThenRestoresThem) {
+// The free AppKit cannot remove the buttons of the title bar, because the window manager draws
+// them. The library can only forbid resizing, which changes the size hints.
+TEST_F(AppKitHost, TheLaunchScreenChangesTheSizeHintsAndThenRestoresThem) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
   ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
   const auto hints = sizeHints();
-  click();
+  clickWindow();
   EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
   EXPECT_TRUE(eventually([&] { return sizeHints() != hints; }));
   EXPECT_TRUE(eventually([&] { return sizeHints() == hints; }));
-  EXPECT_EQ(close(host), 0);
+  EXPECT_EQ(closeAndWait(host), 0);
 }
 
 TEST_F(AppKitHost, TheCountdownPausesWhileAnotherProgramHasTheFocus) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "4", "-mode", kEmbedded},
                    server.display());
-  click();
+  clickWindow();
   ASSERT_TRUE(eventually([this] { return isAll(kWhite); }));
   const xcb_window_t other = client.openGameWindow({950, 700, 100, 100}, 0);
   ASSERT_TRUE(eventually([&] { return client.isViewable(other); }));
@@ -149,19 +147,19 @@ TEST_F(AppKitHost, TheCountdownPausesWhileAnotherProgramHasTheFocus) {
   EXPECT_TRUE(eventually([&] { return steadyNow() - start > kPause; }));
   EXPECT_TRUE(isAll(kWhite));
   EXPECT_EQ(host.lines().size(), 2U);
-  client.requestActivation(player());
+  client.requestActivation(hostWindow());
   EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
   EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
   EXPECT_GT(secondsOf(host.lines()[2]), 6);
-  EXPECT_EQ(close(host), 0);
+  EXPECT_EQ(closeAndWait(host), 0);
 }
 
 TEST_F(AppKitHost, ShowsTheLaunchScreenInAModalWindow) {
-  checkPresentationInAWindowOfTheLibrary(kModalWindow, "modal");
+  checkLaunchScreenInItsOwnWindow(kModalWindow, "modal");
 }
 
 TEST_F(AppKitHost, ShowsTheLaunchScreenInASheet) {
-  checkPresentationInAWindowOfTheLibrary(kSheet, "sheet");
+  checkLaunchScreenInItsOwnWindow(kSheet, "sheet");
 }
 
 }  // namespace
