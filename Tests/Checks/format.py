@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that every source follows .clang-format. With --fix, formats the sources instead.
+"""Checks that every source file follows .clang-format. With --fix, formats the files instead.
 
 usage: format.py [--fix] ROOT CLANG_FORMAT
 """

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests of include_rule.py."""
+"""Tests of include_rule.py. The include rule says which folders may include which headers."""
 
 import tempfile
 import unittest
@@ -7,7 +7,8 @@ from pathlib import Path
 
 import include_rule
 
-TREE = {
+# The paths and texts of files that follow the include rule.
+VALID_FILES = {
     "Platform/Foundation/NSObject.h": "",
     "Platform/WindowSystem/WindowSystem.h": '#include "Platform/Foundation/NSObject.h"\n',
     "Platform/WindowSystem/Headless/HeadlessWindow.h": "",
@@ -21,21 +22,21 @@ TREE = {
 
 
 class IncludeRuleTest(unittest.TestCase):
-    def faults_with(self, path, text):
+    def faults_after_adding(self, path, text):
         with tempfile.TemporaryDirectory() as root:
-            for name, content in {**TREE, path: text}.items():
+            for name, content in {**VALID_FILES, path: text}.items():
                 file = Path(root, name)
                 file.parent.mkdir(parents=True, exist_ok=True)
                 file.write_text(content, encoding="utf-8")
             return list(include_rule.faults(root))
 
     def assert_fault(self, path, text, line_number=1):
-        faults = self.faults_with(path, text)
+        faults = self.faults_after_adding(path, text)
         self.assertEqual(len(faults), 1, faults)
         self.assertTrue(faults[0].startswith(f"{path}:{line_number}: "), faults[0])
 
     def assert_no_fault(self, path, text):
-        self.assertEqual(self.faults_with(path, text), [])
+        self.assertEqual(self.faults_after_adding(path, text), [])
 
     def test_includes_that_the_include_rule_does_not_allow_are_faults(self):
         for path, included_path in (
@@ -66,7 +67,7 @@ class IncludeRuleTest(unittest.TestCase):
             with self.subTest(path=path, included_path=included_path):
                 self.assert_no_fault(path, f'#include "{included_path}"\n')
 
-    def test_a_fault_names_its_line(self):
+    def test_a_fault_contains_its_line_number(self):
         text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"
         self.assert_fault("LaunchScreen/A.cpp", text, line_number=3)
 
@@ -74,20 +75,20 @@ class IncludeRuleTest(unittest.TestCase):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 
-    def test_headers_of_posix_are_allowed_only_in_the_folders_listed_for_them(self):
+    def test_only_some_folders_may_include_posix_headers(self):
         self.assert_fault("Platform/Foundation/A.cpp", "#include <unistd.h>\n")
         self.assert_fault("Host/A.cpp", "#include <sys/ioctl.h>\n")
         self.assert_no_fault("Platform/Foundation/Linux/A.cpp", "#include <sys/epoll.h>\n")
         self.assert_no_fault("Host/Posix/A.cpp", "#include <poll.h>\n")
 
-    def test_each_header_of_another_project_is_allowed_only_in_the_folders_listed_for_it(self):
+    def test_only_some_folders_may_include_headers_of_other_projects(self):
         self.assert_fault("Platform/AppKit/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_fault("Host/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_fault("LaunchScreen/A.cpp", "#include <nlohmann/json.hpp>\n")
         self.assert_no_fault("Platform/WindowSystem/X11/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_no_fault("Platform/AppKit/A.cpp", "#include <vector>\n")
 
-    def test_platform_macros_are_allowed_only_in_the_folder_backends(self):
+    def test_only_the_folder_backends_may_test_platform_macros(self):
         for line in (
             "#ifdef __APPLE__",
             "#ifndef _WIN32",
@@ -103,7 +104,7 @@ class IncludeRuleTest(unittest.TestCase):
     def test_comments_are_ignored(self):
         self.assert_no_fault("Platform/AppKit/A.cpp", '// #ifdef _WIN32\n/*\n#include "X.h"\n*/\n')
 
-    def test_a_folder_without_a_row_in_the_include_rule_is_a_fault(self):
+    def test_a_file_outside_the_listed_folders_is_a_fault(self):
         self.assert_fault("Elsewhere/A.cpp", "\n")
 
 

@@ -1,4 +1,4 @@
-"""Lists the project's C++, C, Objective-C and Objective-C++ files, for the checks."""
+"""Lists the project's C++, C, Objective-C and Objective-C++ files."""
 
 import os
 import subprocess
@@ -8,9 +8,8 @@ SUFFIXES = {".h", ".hpp", ".c", ".cpp", ".m", ".mm"}
 
 
 def source_files(root):
-    """Returns all sources below root, as sorted paths relative to root. If root is a git repository,
-    returns only files that git tracks or would add. Otherwise skips build folders and hidden
-    folders."""
+    """Returns the sorted paths of the sources below root, relative to root. If root is a git
+    repository, skips the files that git ignores. Otherwise skips build folders and hidden folders."""
     root = Path(root)
     git_process = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
@@ -20,10 +19,12 @@ def source_files(root):
         check=False,
     )
     if git_process.returncode == 0 and (root / ".git").exists():
-        sources = {Path(name) for name in git_process.stdout.split("\0") if name}
+        paths = {Path(name) for name in git_process.stdout.split("\0") if name}
     else:
-        sources = set()
-        for folder, folders, names in os.walk(root):
-            folders[:] = [name for name in folders if name != "build" and not name.startswith(".")]
-            sources |= {(Path(folder) / name).relative_to(root) for name in names}
-    return sorted(path for path in sources if path.suffix in SUFFIXES and (root / path).is_file())
+        paths = set()
+        for folder, subfolders, names in os.walk(root):
+            subfolders[:] = [
+                name for name in subfolders if name != "build" and not name.startswith(".")
+            ]
+            paths |= {(Path(folder) / name).relative_to(root) for name in names}
+    return sorted(path for path in paths if path.suffix in SUFFIXES and (root / path).is_file())

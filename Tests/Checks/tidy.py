@@ -5,9 +5,9 @@ usage: tidy.py ROOT BUILD_DIR CLANG_TIDY
 
 BUILD_DIR/compile_commands.json says how each source is compiled. A source that has passed is checked
 again only after a change to the source, to one of the project's headers that it includes, to its
-compile command, to a .clang-tidy file, or to clang-tidy itself. A digest of all these inputs is
-called the state of the source. If a source passes, the script creates an empty file in BUILD_DIR/tidy.
-The name of this file is the state of the source.
+compile command, to a .clang-tidy file, or to clang-tidy itself. The state of a source is a digest of
+all these inputs. If a source passes, the script creates a stamp: an empty file in BUILD_DIR/tidy that
+is named after the state of the source.
 """
 
 import hashlib
@@ -19,8 +19,8 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-# Tests, fuzzers and benchmarks are not checked, because their faults show when they run. Generated
-# sources are not checked either.
+# Running the tests, fuzzers and benchmarks shows their faults, so clang-tidy does not check them. The
+# folder build contains generated sources.
 SKIPPED = ("Tests/", "Fuzz/", "Benchmarks/", "build/")
 
 OPTIONS = ["--quiet", "--extra-arg=-Wno-unknown-warning-option"]
@@ -29,7 +29,7 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 
 class Sources:
-    """Reads each source once, and remembers its digest and the names of the headers that it includes."""
+    """Reads each source and header once. Remembers its digest and the headers that it includes."""
 
     def __init__(self, root):
         self._root = root
@@ -39,11 +39,11 @@ class Sources:
         if name not in self._files:
             path = self._root / name
             text = path.read_bytes() if path.is_file() else b""
-            included_names = [name.decode() for name in INCLUDE.findall(text)]
+            included_names = [include.decode() for include in INCLUDE.findall(text)]
             self._files[name] = (hashlib.sha256(text).digest(), included_names)
         return self._files[name]
 
-    def digest(self, name):
+    def digest_with_headers(self, name):
         """Returns a digest of the file and of all project headers that it includes, directly or
         indirectly."""
         visited_names, pending_names = set(), [name]
@@ -58,7 +58,7 @@ class Sources:
         return digest.digest()
 
 
-def clang_tidy_files_for(root, name):
+def clang_tidy_settings_for(root, name):
     """Returns the text of every .clang-tidy file that applies to the source."""
     files = [root / folder / ".clang-tidy" for folder in Path(name).parents]
     return b"\0".join(file.read_bytes() for file in files if file.is_file())
@@ -66,7 +66,7 @@ def clang_tidy_files_for(root, name):
 
 def commands(root, build):
     """Returns pairs: a source's path relative to root, and the command that compiles the source."""
-    file = build / "compile_commands.json"  # missing if there is nothing to compile
+    file = build / "compile_commands.json"  # does not exist if there is nothing to compile
     database = json.loads(file.read_text(encoding="utf-8")) if file.is_file() else []
     sources = {}
     for entry in database:
@@ -75,7 +75,7 @@ def commands(root, build):
             continue
         name = path.relative_to(root).as_posix()
         if name.endswith((".m", ".mm")):
-            # These sources include the headers of GNUstep's AppKit. clang-tidy reports faults in these
+            # Objective-C sources include headers of GNUstep. clang-tidy reports faults in GNUstep's
             # headers as errors.
             continue
         if not name.startswith(SKIPPED) and not path.is_relative_to(build):
@@ -91,20 +91,23 @@ def main():
     version = subprocess.run(
         [clang_tidy, "--version"], capture_output=True, text=True, check=True
     ).stdout
-    settings = version.encode() + repr(OPTIONS).encode()
+    version_and_options = version.encode() + repr(OPTIONS).encode()
     sources = Sources(root)
 
-    stamps = build / "tidy"
-    stamps.mkdir(exist_ok=True)
+    stamp_folder = build / "tidy"
+    stamp_folder.mkdir(exist_ok=True)
     unchecked_sources, current_states = [], set()
     for name, command in commands(root, build):
         state = hashlib.sha256(
-            settings + clang_tidy_files_for(root, name) + command.encode() + sources.digest(name)
+            version_and_options
+            + clang_tidy_settings_for(root, name)
+            + command.encode()
+            + sources.digest_with_headers(name)
         ).hexdigest()
         current_states.add(state)
-        if not (stamps / state).exists():
+        if not (stamp_folder / state).exists():
             unchecked_sources.append((name, state))
-    for stamp in stamps.iterdir():
+    for stamp in stamp_folder.iterdir():
         if stamp.name not in current_states:
             stamp.unlink()
 
@@ -116,7 +119,7 @@ def main():
             check=False,
         )
         if result.returncode == 0:
-            (stamps / state).touch()
+            (stamp_folder / state).touch()
             return None
         # The warnings are in stdout. If clang-tidy could not start, stderr says why.
         return result.stdout or result.stderr

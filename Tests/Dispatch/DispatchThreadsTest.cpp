@@ -1,4 +1,4 @@
-// The main queue, with work from other threads.
+// Tests work that other threads submit to the main queue.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -31,7 +31,7 @@ TEST_F(DispatchThreadsTest, WorkFromAnotherThreadRunsOnTheMainThread) {
   EXPECT_TRUE(hasRunOnMainThread);
 }
 
-TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission) {
+TEST_F(DispatchThreadsTest, ADelayStartsWhenAnotherThreadSubmitsTheWork) {
   platform.run(1);
   std::vector<double> times;
   std::thread([&] {
@@ -72,7 +72,7 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool hasRun = false;
   dispatch_async(queue, [&] {
     std::thread otherThread([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
-    // In virtual time, a run loop that waits for another thread throws. `pump` does not wait.
+    // `pump` does not wait. Waiting for another thread is an error with a virtual clock.
     while (!hasRun) {
       loop.pump();
     }
@@ -82,21 +82,20 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   EXPECT_TRUE(hasRun);
 }
 
-TEST_F(DispatchThreadsTest, TheClockNeverGoesBackForAnotherThread) {
-  constexpr int kRequiredChangeCount = 20;
+TEST_F(DispatchThreadsTest, AnotherThreadNeverSeesTheClockGoBack) {
+  constexpr int kRequiredTimeChanges = 20;
   bool hasGoneBack = false;
-  // Counts how often the other thread has read a new time.
-  std::atomic<int> changeCount = 0;
+  std::atomic<int> observedTimeChanges = 0;
   std::thread otherThread([&] {
     dispatch_time_t previousTime = dispatch_time(kDispatchTimeNow, 0);
-    while (changeCount < kRequiredChangeCount) {
+    while (observedTimeChanges < kRequiredTimeChanges) {
       const dispatch_time_t currentTime = dispatch_time(kDispatchTimeNow, 0);
       hasGoneBack = hasGoneBack || currentTime < previousTime;
-      changeCount += currentTime != previousTime ? 1 : 0;
+      observedTimeChanges += currentTime != previousTime ? 1 : 0;
       previousTime = currentTime;
     }
   });
-  while (changeCount < kRequiredChangeCount) {
+  while (observedTimeChanges < kRequiredTimeChanges) {
     platform.run(0.1);
   }
   otherThread.join();

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles the guide's snippets and runs its programs with the installed library."""
+"""Compiles the snippets of docs/guide.md and runs its programs. They use the library that is
+installed in PREFIX."""
 
 import os
 import re
@@ -18,7 +19,7 @@ PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
 PREFIX = Path(os.environ["PREFIX"])
 # Each snippet is a tuple: the language, the file name (or an empty string), the text.
 SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
-# A C snippet without a file name contains only statements. They are compiled inside this function.
+# A C snippet without a file name contains only statements. The test compiles them in this function.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
              uint64_t window_id, void* ns_window);
@@ -31,8 +32,7 @@ void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest reque
   (void)screen;
 }
 """
-# The time limit for a command, in seconds.
-TIMEOUT = 240
+COMMAND_TIMEOUT_SECONDS = 240
 
 
 def without_indentation(text):
@@ -57,7 +57,7 @@ class Guide(unittest.TestCase):
             environment["WAYLAND_DISPLAY"] = wayland_display
         result = subprocess.run(
             command, cwd=self.folder, env=environment, capture_output=True, text=True,
-            stdin=subprocess.DEVNULL, timeout=TIMEOUT, check=False,
+            stdin=subprocess.DEVNULL, timeout=COMMAND_TIMEOUT_SECONDS, check=False,
         )
         self.assertEqual(result.returncode, 0, (command, result.stdout, result.stderr))
         return result.stdout
@@ -68,17 +68,17 @@ class Guide(unittest.TestCase):
         self.assertGreater(languages.count("c"), 3)
 
     def test_commands_print_what_the_guide_shows(self):
-        output = ""
+        last_output = ""
         for language, _, text in SNIPPETS:
             if language == "sh" and "./wayland" in text:
                 with Sway() as sway:
-                    output = self.run_in_folder("sh", "-e", "-c", text, wayland_display=sway.wayland_display)
+                    last_output = self.run_in_folder("sh", "-e", "-c", text, wayland_display=sway.wayland_display)
             elif language == "sh":
-                output = self.run_in_folder("sh", "-e", "-c", text)
+                last_output = self.run_in_folder("sh", "-e", "-c", text)
             elif language == "text":
-                self.assertEqual(output, text)
-        # `output` is the output of the guide's last command, which plays away.json.
-        self.assertIn('{"t":6.500000000,"event":"launch_end"}', output)
+                self.assertEqual(last_output, text)
+        # The guide's last command plays away.json.
+        self.assertIn('{"t":6.500000000,"event":"launch_end"}', last_output)
         self.assertTrue((self.folder / "away.svg").exists())
 
     def test_the_cpp_program_is_built_with_cmake_and_runs(self):
@@ -94,7 +94,7 @@ class Guide(unittest.TestCase):
                 with self.subTest(text):
                     self.assertIn(without_indentation(text), example)
 
-    def test_c_snippets_of_statements_compile(self):
+    def test_c_snippets_without_a_file_name_compile(self):
         for language, name, text in SNIPPETS:
             if language == "c" and not name:
                 with self.subTest(text):

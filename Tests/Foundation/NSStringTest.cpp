@@ -90,7 +90,7 @@ TEST(FloatValueTest, SkipsLeadingWhiteSpace) {
 }
 
 TEST(FloatValueTest, DoesNotSkipCharactersThatAreNotWhiteSpace) {
-  // The zero byte is a literal of its own, because "\05" is one character.
+  // The literal is split because "\05" is a single character, not a zero byte and a 5.
   expectValues({{std::string_view("\0"
                                   "5",
                                   2),
@@ -141,7 +141,7 @@ TEST(FloatValueTest, IsZeroWithoutANumber) {
                 {"\xd9\xa5", 0.F}});  // the Arabic digit five
 }
 
-TEST(FloatValueTest, AMinusSignAppliesOnlyToANumber) {
+TEST(FloatValueTest, IsPositiveZeroForAMinusSignWithoutANumber) {
   EXPECT_FALSE(std::signbit(floatValue("-")));
   EXPECT_FALSE(std::signbit(floatValue("-abc")));
   EXPECT_TRUE(std::signbit(floatValue("-0")));
@@ -185,7 +185,7 @@ TEST(FloatValueTest, IsZeroForZeroWithAnyExponent) {
   expectValues({{"0e99", 0.F}, {"0.000e999999999999999999999", 0.F}, {"0e-99", 0.F}});
 }
 
-TEST(FloatValueTest, IsExactAtTheLimitsOfTheRange) {
+TEST(FloatValueTest, RoundsToTheNearestFloatAtTheLimitsOfTheRange) {
   expectValues({{"3.40282346638528859811704183484516925440e38", std::numeric_limits<float>::max()},
                 {"1.17549435e-38", std::numeric_limits<float>::min()},
                 {"1e-45", std::numeric_limits<float>::denorm_min()},
@@ -194,7 +194,8 @@ TEST(FloatValueTest, IsExactAtTheLimitsOfTheRange) {
 }
 
 TEST(FloatValueTest, RoundsOnceToSinglePrecision) {
-  // The first number would give 1 if `floatValue` rounded it to a double and then to a float.
+  // The first number is just above the midpoint between 1 and the next float. The second is just
+  // below the midpoint. A conversion to double would round both numbers to the midpoint.
   expectValues({{"1.000000059604644775390625000000000000001", 1.00000012F},
                 {"1.00000005960464477539062", 1.F},
                 {"0.1", 0.1F}});
@@ -211,8 +212,8 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// Sets a global C++ locale with decimal commas, as a host may do. The destructor resets the
-/// locales of C++ and of the C library.
+/// Sets the global C++ locale to one with a decimal comma. The destructor restores the previous
+/// global C++ locale and resets the locale of the C library.
 class CommaLocale : NonCopyable {
  public:
   CommaLocale() : previousLocale_(std::locale::global(std::locale(std::locale(), new Comma))) {}
@@ -222,9 +223,9 @@ class CommaLocale : NonCopyable {
     unsetenv("LOCPATH");
   }
 
-  // Sets a German locale for the C library. Builds the locale if the system does not have it.
-  // Returns false if no German locale can be set.
-  static bool setForCLibrary() {
+  // Sets the locale of the C library to a German one. Builds the locale if the system does not
+  // have it. Returns false on failure.
+  static bool setGermanLocaleOfCLibrary() {
     if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
       const std::string folder = testing::TempDir();
       const std::string command =
@@ -252,7 +253,7 @@ TEST(FloatValueTest, DoesNotDependOnTheGlobalCppLocale) {
 
 TEST(FloatValueTest, DoesNotDependOnTheLocaleOfTheCLibrary) {
   const CommaLocale locale;
-  if (!CommaLocale::setForCLibrary()) {
+  if (!CommaLocale::setGermanLocaleOfCLibrary()) {
     GTEST_SKIP() << "no locale with a decimal comma is available";
   }
   ASSERT_EQ(std::strtof("1,5", nullptr), 1.5F);

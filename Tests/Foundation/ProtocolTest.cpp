@@ -1,4 +1,5 @@
-// Class names, protocols and optional operations.
+// Tests class names and protocols. A protocol is an abstract class. Its member functions are called
+// operations and may be optional.
 #include <gtest/gtest.h>
 
 #include "Platform/Foundation/NSObject.h"
@@ -12,7 +13,6 @@ class Audience : public Protocol<Audience> {
   virtual void curtainRises() {}
   [[nodiscard]] virtual bool applauds() const { return false; }
   virtual void curtainFalls() {}
-  // This operation is not optional.
   [[nodiscard]] virtual int seats() const = 0;
 
   template <class Adopter>
@@ -74,7 +74,7 @@ class ConfigurableCritic final
   bool respondsToWrites_ = false;
 };
 
-TEST(ClassNameTest, IsTheNameThatTheClassPassesToItsBase) {
+TEST(ClassNameTest, IsTheNameInTheTemplateArguments) {
   EXPECT_EQ(make<SilentAudience>()->className(), "SilentAudience");
   EXPECT_EQ(SilentAudience::staticClassName(), "SilentAudience");
 }
@@ -119,7 +119,7 @@ TEST(RespondsToTest, IsFalseForNull) {
   EXPECT_FALSE(respondsTo<&Audience::applauds>(Strong<Audience>()));
 }
 
-TEST(RespondsToTest, DistinguishesTheProtocolsOfAClass) {
+TEST(RespondsToTest, WorksForAClassWithTwoProtocols) {
   const auto critic = make<CriticInAudience>();
   EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
   EXPECT_TRUE(respondsTo<&Audience::curtainFalls>(critic));
@@ -150,13 +150,13 @@ TEST(ConformsToTest, IsFalseForAClassThatHasTheOperationsButDoesNotAdoptTheProto
 
 TEST(ConformsToTest, IsFalseForNull) { EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>())); }
 
-TEST(AsTest, ReturnsTheObjectIfItIsOfTheRequestedProtocolOrClass) {
+TEST(AsTest, ReturnsAnObjectThatHasTheRequestedProtocolOrClass) {
   const Strong<NSObject> object = make<ApplaudingAudience>();
   EXPECT_EQ(as<Audience>(object)->seats(), 2);
   EXPECT_EQ(as<ApplaudingAudience>(object), object);
 }
 
-TEST(AsTest, ReturnsNullForAnObjectOfAnotherClassAndForNull) {
+TEST(AsTest, ReturnsNullForAnyOtherObjectAndForNull) {
   const Strong<NSObject> object = make<NonAdopter>();
   EXPECT_EQ(as<Audience>(object), nullptr);
   EXPECT_EQ(as<ApplaudingAudience>(object), nullptr);

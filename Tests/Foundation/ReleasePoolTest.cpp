@@ -1,5 +1,6 @@
-// Each thread has a release pool, which keeps objects alive until it is drained. A pool is drained
-// at the end of each run loop pass and when the thread ends.
+// Each thread has a release pool, which keeps objects alive. Draining the pool releases the
+// objects. A thread's pool is drained at the end of each pass of the thread's run loop and when the
+// thread ends.
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -14,7 +15,6 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor.
 class TestObject final : public Class<TestObject, "TestObject"> {
  public:
   explicit TestObject(std::function<void()> onDestruction = nullptr)
@@ -43,7 +43,7 @@ class ReleasePoolTest : public VirtualPlatformTest {
   std::vector<std::string> destroyedNames;
 };
 
-TEST_F(ReleasePoolTest, ReleaseLaterReturnsItsObject) {
+TEST_F(ReleasePoolTest, ReleaseLaterReturnsItsArgument) {
   const auto object = make<TestObject>();
   EXPECT_EQ(releaseLater(object), object);
 }
@@ -74,7 +74,7 @@ TEST_F(ReleasePoolTest, APassWithoutWorkDrainsThePool) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, ANestedPassReleasesOnlyTheObjectsThatWereAddedInIt) {
+TEST_F(ReleasePoolTest, ANestedPassReleasesOnlyItsOwnObjects) {
   Weak<TestObject> outerObject;
   Weak<TestObject> innerObject;
   submit([&] {
@@ -98,7 +98,7 @@ TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesOutlivesANestedPass) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, ReleasesInTheOrderOfAdding) {
+TEST_F(ReleasePoolTest, ReleasesTheOldestObjectFirst) {
   addObject("first");
   addObject("second");
   loop.pump();
@@ -112,7 +112,7 @@ TEST_F(ReleasePoolTest, ADrainAlsoReleasesTheObjectsThatDestructorsAdd) {
   EXPECT_EQ(ReleasePool::currentPool().size(), 0u);
 }
 
-TEST_F(ReleasePoolTest, APassThatThrowsDrainsThePool) {
+TEST_F(ReleasePoolTest, ThePoolIsDrainedWhenAPassThrows) {
   Weak<TestObject> object;
   submit([&] {
     object = addObject("first");

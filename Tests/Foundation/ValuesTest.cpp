@@ -1,4 +1,5 @@
-// Numbers, dictionaries, errors, bundles, the system's version, threads and time.
+// Tests numbers, dictionaries, errors, bundles, the version of the operating system, threads and
+// the conversion of times.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -74,7 +75,7 @@ TEST(NSDictionaryTest, ValuesMayBeOfAnyClass) {
   EXPECT_EQ(dictionary->objectForKey("nothing")->className(), "NSNull");
 }
 
-TEST(NSErrorTest, ReturnsTheDomainTheCodeAndTheUserInfo) {
+TEST(NSErrorTest, ReturnsItsDomainAndCodeAndUserInfo) {
   const auto userInfo = NSDictionary::dictionary();
   const auto error = NSError::errorWithDomainCodeUserInfo("No controller!", 404, userInfo);
   EXPECT_EQ(error->domain(), "No controller!");
@@ -83,7 +84,7 @@ TEST(NSErrorTest, ReturnsTheDomainTheCodeAndTheUserInfo) {
   EXPECT_EQ(NSError::errorWithDomainCodeUserInfo("", 0, nullptr)->userInfo(), nullptr);
 }
 
-TEST(NSBundleTest, TheBundleForAClassHasThatClassAsItsPrincipalClass) {
+TEST(NSBundleTest, BundleForClassHasTheClassAsPrincipalClass) {
   EXPECT_EQ(NSBundle::bundleForClass<NSString>()->principalClass(), "NSString");
 }
 
@@ -101,7 +102,7 @@ TEST_F(NSProcessInfoTest, TheDefaultVersionIsAtLeastTenFourteen) {
   EXPECT_TRUE(isAtLeast({10, 14, 0}));
 }
 
-TEST_F(NSProcessInfoTest, AVersionIsAtLeastItselfAndEachEarlierVersion) {
+TEST_F(NSProcessInfoTest, IsAtLeastIsTrueForTheCurrentVersionAndEarlierVersions) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
   EXPECT_TRUE(isAtLeast({10, 14, 3}));
   EXPECT_TRUE(isAtLeast({10, 14, 0}));
@@ -109,7 +110,7 @@ TEST_F(NSProcessInfoTest, AVersionIsAtLeastItselfAndEachEarlierVersion) {
   EXPECT_TRUE(isAtLeast({9, 99, 99}));
 }
 
-TEST_F(NSProcessInfoTest, AVersionIsNotAtLeastALaterVersion) {
+TEST_F(NSProcessInfoTest, IsAtLeastIsFalseForLaterVersions) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
   EXPECT_FALSE(isAtLeast({10, 14, 4}));
   EXPECT_FALSE(isAtLeast({10, 15, 0}));
@@ -143,7 +144,7 @@ TEST(TimeTest, SecondsAreRoundedToTheNearestNanosecond) {
   EXPECT_EQ(nanosecondsFromSeconds(1e6), 1'000'000'000'000'000);
 }
 
-TEST(TimeTest, SecondsOutOfRangeGiveTheNearestLimitAndNaNGivesZero) {
+TEST(TimeTest, SecondsOutOfRangeConvertToTheNearestLimitAndNaNConvertsToZero) {
   EXPECT_EQ(nanosecondsFromSeconds(1e10), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(std::numeric_limits<double>::infinity()), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(-1e10), -kNever);

@@ -45,7 +45,7 @@ TEST(CommandLineTest, ShowHelpListsTheOptionsOfShow) {
   EXPECT_EQ(result.errors, "");
 }
 
-TEST(CommandLineTest, VersionWorksWithAndWithoutACommand) {
+TEST(CommandLineTest, VersionOptionWorksWithAndWithoutACommand) {
   for (const Result& result : {run({"--version"}), run({"show", "--version"})}) {
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output, testing::MatchesRegex("launchscreen [0-9]+\\.[0-9]+\\.[0-9]+\n"));
@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"NaNSkipAfter", {"show", "--mode", "skip", "--skip-after", "nan"}, "--skip-after"},
         BadUsage{
             "InfiniteSkipAfter", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
-        BadUsage{"SkipAfterOptionInForcedMode", {"show", "--skip-after", "1"}, "needs --mode skip"},
+        BadUsage{"SkipAfterWithoutSkipMode", {"show", "--skip-after", "1"}, "needs --mode skip"},
         BadUsage{"EventsFileThatCannotBeWritten",
                  {"show", "--events", "/nonexistent/file"},
                  "/nonexistent/file"}),

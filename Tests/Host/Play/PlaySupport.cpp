@@ -17,10 +17,8 @@ class Recorder final : public PlayListener {
   PlayResult& result_;
 };
 
-std::string withoutTime(const std::string& line) {
-  // The time is the first member of the line. The first comma ends it.
-  return line.substr(line.find(',') + 1);
-}
+// For example, returns `"do":"inspect"}` for `{"t":0.500000000,"do":"inspect"}`.
+std::string withoutTime(const std::string& line) { return line.substr(line.find(',') + 1); }
 
 bool isOfKind(const std::string& line, std::string_view kind) {
   return withoutTime(line).starts_with("\"" + std::string(kind) + "\":");
@@ -45,14 +43,14 @@ Lines play(std::string_view steps, double until, std::string_view host) {
 Lines linesAfter(const Lines& trace, std::string_view step) {
   const std::string lineOfStep = "\"do\":\"" + std::string(step) + "\"}";
   Lines lines;
-  bool isInsideStep = false;
+  bool isAfterStep = false;
   for (const std::string& line : trace) {
     if (isOfKind(line, "do")) {
-      isInsideStep = withoutTime(line) == lineOfStep;
-      if (isInsideStep) {
+      isAfterStep = withoutTime(line) == lineOfStep;
+      if (isAfterStep) {
         lines.clear();
       }
-    } else if (isInsideStep && &line != &trace.back()) {
+    } else if (isAfterStep && &line != &trace.back()) {  // the last line is the final state
       lines.push_back(withoutTime(line));
     }
   }

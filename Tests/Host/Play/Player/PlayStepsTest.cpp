@@ -18,8 +18,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// Plays a request. `duration` is its parameter "max_duration_time", as JSON text. Returns the
-// "expirationTimeInterval" of the configuration, or null if the library refuses the request.
+// Plays a request with the parameter "max_duration_time". `duration` is the value of this parameter
+// as JSON text. Returns the "expirationTimeInterval" of the configuration. Returns null if the
+// library refuses the request.
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
@@ -28,9 +29,9 @@ json intervalFor(const std::string& duration) {
   return isRefused ? json() : lastInspection(trace)["configuration"]["expirationTimeInterval"];
 }
 
-// Activate, request, contentView
+// The steps "activate", "request" and "contentView"
 
-TEST(PlayStepsTest, ActivateRegistersWithTheBroker) {
+TEST(PlayStepsTest, ActivateRegistersTheManagerWithTheBroker) {
   EXPECT_THAT(linesAfter(play(R"({"do":"activate"})"), "activate"),
               ElementsAre(R"("registered":["launch_screen"]})", R"("answer":{"activate:":true}})"));
 }
@@ -40,7 +41,7 @@ TEST(PlayStepsTest, ActivateWithoutBrokerDoesNotRegister) {
               ElementsAre(R"("answer":{"activate:":true}})"));
 }
 
-TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
+TEST(PlayStepsTest, RequestWithoutParametersReturnsNull) {
   constexpr auto kRefusalLine =
       R"("log":"LaunchScreenManager (-[LaunchScreenManager parseParameters:]): )"
       R"(Content request parameters is nil or empty!"})";
@@ -53,7 +54,7 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNullResult));
 }
 
-TEST(PlayStepsTest, DurationMayBeANumberATextOrTrue) {
+TEST(PlayStepsTest, DurationMayBeANumberOrATextOrTrue) {
   // The library converts the duration to a float.
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
@@ -103,7 +104,7 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeTheContentIsLoaded)
                           R"("state":3,"content":"main"})"));
 }
 
-TEST(PlayStepsTest, RequestDuringALaunchScreenReturnsATemporaryContentThatContentViewReleases) {
+TEST(PlayStepsTest, RequestDuringALaunchScreenMakesATemporaryContentAndContentViewReleasesIt) {
   const std::string coverAndRequestSteps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   const Lines trace = play(coverAndRequestSteps, 0, kHostWithController);
@@ -133,7 +134,7 @@ TEST(PlayStepsTest, RequestAndContentViewReturnNullAfterDeactivate) {
   EXPECT_EQ(lastInspection(trace)["controller"], nullptr);
 }
 
-// Present and dismiss
+// The steps "present", "dismiss" and "deactivate"
 
 TEST(PlayStepsTest, PresentCoversTheNamedWindow) {
   const Lines trace = play(coverThen(R"({"do":"inspect"})"));
@@ -225,15 +226,14 @@ TEST(PlayStepsTest, DeactivateReleasesTheContent) {
 
 // The step "send" calls an operation of the manager or of the view controller.
 
-TEST(PlayStepsTest, SendCanRecordTheAnalyticsEvent) {
+TEST(PlayStepsTest, SendStepCanRecordTheAnalyticsEvent) {
   const Lines trace = play(coverThen(R"({"do":"send","operation":"sendAnalyticsEvent"})"), 0.5);
   EXPECT_THAT(trace, Contains(R"({"t":0.500000000,"event":"launch_end"})"));
 }
 
-TEST(PlayStepsTest, SendCanSubscribeTheManagerASecondTime) {
-  // No window is key, so the manager postpones the dismissal. When the window becomes key, the
-  // manager attempts the dismissal, which calls the host. With two subscriptions, the manager
-  // attempts it twice.
+TEST(PlayStepsTest, SendStepCanSubscribeTheManagerToNotificationsAgain) {
+  // When the player window becomes key, the manager attempts the postponed dismissal once for each
+  // subscription. Each attempt calls the host.
   const std::string postponedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
@@ -246,24 +246,23 @@ TEST(PlayStepsTest, SendCanSubscribeTheManagerASecondTime) {
             4U);
 }
 
-TEST(PlayStepsTest, SendCanStartPauseAndStopTheTimer) {
-  const auto timerAfter = [](const std::string& operations) {
-    const json manager =
-        lastInspection(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})" +
-                            operations))["manager"];
+TEST(PlayStepsTest, SendStepCanStartPauseAndStopTheTimer) {
+  const auto hasTimerAndTimeLeftAfter = [](const std::string& steps) {
+    const json manager = lastInspection(play(
+        R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})" + steps))["manager"];
     return std::pair(manager["launchScreenExpirationTimer"].get<bool>(),
                      manager["launchScreenExpirationTimeLeft"].get<double>());
   };
   const std::string startStep = R"(,{"do":"send","operation":"startTimer"})";
-  EXPECT_EQ(timerAfter(""), std::pair(false, 5.0));
-  EXPECT_EQ(timerAfter(startStep), std::pair(true, 5.0));
-  EXPECT_EQ(timerAfter(startStep + R"(,{"do":"send","operation":"pauseTimer"})"),
+  EXPECT_EQ(hasTimerAndTimeLeftAfter(""), std::pair(false, 5.0));
+  EXPECT_EQ(hasTimerAndTimeLeftAfter(startStep), std::pair(true, 5.0));
+  EXPECT_EQ(hasTimerAndTimeLeftAfter(startStep + R"(,{"do":"send","operation":"pauseTimer"})"),
             std::pair(false, 5.0));
-  EXPECT_EQ(timerAfter(startStep + R"(,{"do":"send","operation":"stopTimer"})"),
+  EXPECT_EQ(hasTimerAndTimeLeftAfter(startStep + R"(,{"do":"send","operation":"stopTimer"})"),
             std::pair(false, 0.0));
 }
 
-TEST(PlayStepsTest, SendCanCreateTheActivityIndicator) {
+TEST(PlayStepsTest, SendStepCanCreateTheActivityIndicator) {
   EXPECT_EQ(lastInspection(play(kCoverSteps))["controller"]["activityIndicator"], false);
   EXPECT_EQ(lastInspection(play(coverThen(
                 R"({"do":"send","operation":"createActivityIndicator"})")))["controller"]
@@ -271,8 +270,7 @@ TEST(PlayStepsTest, SendCanCreateTheActivityIndicator) {
             true);
 }
 
-TEST(PlayStepsTest, SendCanCreateTheConstraintsOfTheActivityIndicator) {
-  /// Counts the constraints in the cover over the player window.
+TEST(PlayStepsTest, SendStepCanCreateTheConstraintsOfTheActivityIndicator) {
   class ConstraintCounter final : public PlayListener {
    public:
     void traceLineAdded(const TraceLine& /*line*/) override {}
@@ -285,22 +283,22 @@ TEST(PlayStepsTest, SendCanCreateTheConstraintsOfTheActivityIndicator) {
   };
   const std::string scenarioStart =
       R"({"steps":[)" + coverThen(R"({"do":"send","operation":"createActivityIndicator"})");
-  const auto constraintsAfter = [](const std::string& scenarioText) {
+  const auto constraintCountAfter = [](const std::string& scenarioText) {
     const Scenario scenario = readScenario(scenarioText);
     ConstraintCounter counter;
     Player(scenario, counter).play();
     return counter.constraintCount;
   };
-  EXPECT_EQ(constraintsAfter(scenarioStart + "]}"), 0U);
+  EXPECT_EQ(constraintCountAfter(scenarioStart + "]}"), 0U);
   EXPECT_EQ(
-      constraintsAfter(scenarioStart +
-                       R"(,{"do":"send","operation":"createConstraintsActivityIndicator"}]})"),
+      constraintCountAfter(scenarioStart +
+                           R"(,{"do":"send","operation":"createConstraintsActivityIndicator"}]})"),
       4U);
 }
 
-// Configure
+// The steps "configure" and "replaceConfiguration"
 
-TEST(PlayStepsTest, ConfigureSetsOnlyTheMembersOfTheStep) {
+TEST(PlayStepsTest, ConfigureSetsOnlyTheMembersThatTheStepHas) {
   const auto configurationAfter = [](const std::string& members) {
     return lastInspection(play(R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
                                R"("expirationTimeInterval":1.5},{"do":"configure")" +
@@ -372,7 +370,7 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
               ElementsAre(didDisappear));
 }
 
-TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
+TEST(PlayStepsTest, ViewDelegateReturnsTheMemberCanDisappear) {
   const std::string refusingDelegateStep =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
   // In skip mode, the manager allows the dismissal. Only the view delegate refuses it.
@@ -397,16 +395,16 @@ TEST(PlayStepsTest, ViewDelegateCanBeRemovedAndSetAgain) {
               Contains(R"("host":"contentViewDidDisappear:"})"));
 }
 
-class DeactivatingCallbackTest : public testing::TestWithParam<std::string> {};
+class DeactivationDuringCallbackTest : public testing::TestWithParam<std::string> {};
 
-INSTANTIATE_TEST_SUITE_P(Operations, DeactivatingCallbackTest,
+INSTANTIATE_TEST_SUITE_P(Operations, DeactivationDuringCallbackTest,
                          testing::Values("contentViewWillAppear:", "canContentViewDisappear:",
                                          "contentViewDidDisappear:"),
                          [](const testing::TestParamInfo<std::string>& testInfo) {
                            return testInfo.param.substr(0, testInfo.param.size() - 1);
                          });
 
-TEST_P(DeactivatingCallbackTest, StopsThePlay) {
+TEST_P(DeactivationDuringCallbackTest, StopsThePlayWithAFatalError) {
   const PlayResult result = playScenario(
       std::string(R"({"host":{"viewDelegate":{"deactivateDuring":")") + GetParam() +
       R"("}},"steps":[{"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
@@ -438,9 +436,8 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 }
 
 TEST(PlayStepsTest, OpenWindowSetsTheClassAndTheParent) {
-  // While a modal launch screen is shown, a key window of the class PlayerWindow does not pause the
-  // countdown. A key window whose parent has this class does not pause it either. PlayerWindow is
-  // the default class of a window in a scenario.
+  // The default class of a window in a scenario is PlayerWindow. The countdown of a modal launch
+  // screen continues if the key window or its parent is a PlayerWindow.
   const auto keyWindowPausesCountdown = [](const std::string& windowMembers) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + windowMembers +
@@ -455,8 +452,8 @@ TEST(PlayStepsTest, OpenWindowSetsTheClassAndTheParent) {
 }
 
 TEST(PlayStepsTest, HostWindowCanHaveAContentViewController) {
-  // The second request makes a temporary content if the library finds the launch screen in the
-  // window. The library finds it only if the window has a content view controller.
+  // The second request makes a temporary content only if the launch screen's controller is a child
+  // of the window's content view controller.
   const std::string steps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);
@@ -477,11 +474,11 @@ TEST(PlayStepsTest, StepsMayReferToTheWindowThatAPresentationOpens) {
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
       R"({"do":"makeKey","window":"modal-1"})";
   EXPECT_THAT(linesAfter(play(makeKeySteps), "makeKey"), Contains(R"("becomeKey":"modal-1"})"));
-  const std::string steps = makeKeySteps + R"(,{"do":"closeWindow","window":"modal-1"},)";
-  const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
+  const std::string closeSteps = makeKeySteps + R"(,{"do":"closeWindow","window":"modal-1"},)";
+  const Lines trace = play(closeSteps + R"({"do":"present","window":"player","mode":2})");
   EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
-  const Lines makeKeyTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
+  const Lines makeKeyTrace = play(closeSteps + R"({"do":"makeKey","window":"modal-1"})");
   EXPECT_THAT(linesAfter(makeKeyTrace, "makeKey"), IsEmpty());
 }
 
@@ -537,7 +534,8 @@ TEST(PlayStepsTest, StopModalEndsTheModalSession) {
   EXPECT_THAT(linesAfter(play(R"({"do":"stopModal"})"), "stopModal"), IsEmpty());
 }
 
-// The step "presentOver" opens a sheet over the launch screen. The step "dismissOver" closes one.
+// The step "presentOver" opens a sheet over the launch screen. The step "dismissOver" closes
+// the newest open sheet.
 
 TEST(PlayStepsTest, PresentOverStepOpensASheetAndDismissOverStepClosesTheNewest) {
   const std::string presentSteps = coverThen(R"({"do":"presentOver"})");
@@ -570,7 +568,7 @@ TEST(PlayStepsTest, EventTrackingModePausesTheCountdown) {
       linesOfKind(play(trackingSteps + R"(,{"at":1.5,"do":"runLoopMode","mode":"default"})", 2),
                   "tick")
           .size(),
-      16U);  // including the late tick at 1.5 s
+      16U);  // 10 ticks until 1 s, and 6 ticks from 1.5 s to 2 s
 }
 
 TEST(PlayStepsTest, ModalSessionDoesNotEndTheEventTrackingMode) {
