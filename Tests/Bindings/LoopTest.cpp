@@ -1,4 +1,4 @@
-// vel_pump, vel_run, and the poll descriptor and the next deadline for a host with its own loop.
+// Tests of vel_pump, vel_run, vel_poll_descriptor and vel_next_deadline.
 #include <poll.h>
 
 #include <chrono>
@@ -10,7 +10,7 @@
 namespace vel::test {
 namespace {
 
-/// A launch screen in real time.
+/// Creates a launch screen that uses real time instead of virtual time.
 class CLoopTest : public CBindingTest {
  protected:
   CLoopTest() {
@@ -50,7 +50,7 @@ TEST_F(CLoopTest, ThePollDescriptorBecomesReadableAtTheNextDeadline) {
   pumpUntilIdle();
   const double deadline = nextDeadline();
   EXPECT_GT(deadline, 0);
-  EXPECT_LE(deadline, 0.1);
+  EXPECT_LE(deadline, 0.1);  // the countdown ticks every 0.1 s
   EXPECT_FALSE(becomesReadable(0));
   EXPECT_TRUE(becomesReadable(10'000));
   EXPECT_EQ(nextDeadline(), 0);
@@ -60,8 +60,8 @@ TEST_F(CLoopTest, ThePollDescriptorBecomesReadableAtTheNextDeadline) {
   EXPECT_LT(secondsLeft(), 60);
 }
 
-// A host may poll after any call, without a pump in between.
-TEST_F(CLoopTest, PresentUpdatesTheDescriptorWithoutAPump) {
+// A host may poll after vel_present() without calling vel_pump() first.
+TEST_F(CLoopTest, VelPresentUpdatesThePollDescriptor) {
   present(VEL_PRESENT_EMBEDDED, 60);
   EXPECT_TRUE(becomesReadable(10'000));
 }
@@ -76,7 +76,7 @@ TEST_F(CLoopTest, ThePollDescriptorNeverChanges) {
   }
 }
 
-TEST_F(CLoopTest, APollLoopRunsUntilTheEventIsRecorded) {
+TEST_F(CLoopTest, AHostLoopWithPollRecordsTheEvent) {
   present(VEL_PRESENT_EMBEDDED, 0.2);
   while (host.callbackLines.back() != "record_event launch_end") {
     ASSERT_TRUE(becomesReadable(10'000));
@@ -84,7 +84,7 @@ TEST_F(CLoopTest, APollLoopRunsUntilTheEventIsRecorded) {
   }
 }
 
-TEST_F(CLoopTest, APumpNeverWaits) {
+TEST_F(CLoopTest, VelPumpNeverWaits) {
   present(VEL_PRESENT_EMBEDDED, 60);
   const auto startTime = std::chrono::steady_clock::now();
   for (int pass = 0; pass < 100; ++pass) {
@@ -94,7 +94,7 @@ TEST_F(CLoopTest, APumpNeverWaits) {
   EXPECT_GT(secondsLeft(), 50);
 }
 
-TEST_F(CLoopTest, ARunTakesAtLeastTheGivenTime) {
+TEST_F(CLoopTest, VelRunTakesAtLeastTheGivenTime) {
   const auto startTime = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
   EXPECT_GE(std::chrono::steady_clock::now() - startTime, std::chrono::milliseconds(20));
@@ -108,7 +108,7 @@ TEST_F(CVirtualLoopTest, VirtualTimeHasNoPollDescriptor) {
   EXPECT_EQ(descriptor, -1);
 }
 
-TEST_F(CVirtualLoopTest, APumpDoesNotAdvanceVirtualTime) {
+TEST_F(CVirtualLoopTest, VelPumpDoesNotAdvanceVirtualTime) {
   present(VEL_PRESENT_EMBEDDED, 1);
   for (int pass = 0; pass < 100; ++pass) {
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -119,7 +119,7 @@ TEST_F(CVirtualLoopTest, APumpDoesNotAdvanceVirtualTime) {
   EXPECT_EQ(seconds, 0.1);
 }
 
-TEST_F(CVirtualLoopTest, ARunAcceptsTimesFromZeroToABillionSeconds) {
+TEST_F(CVirtualLoopTest, VelRunAcceptsZeroToABillionSeconds) {
   for (const double seconds :
        {-1.0, 1.1e9, std::numeric_limits<double>::infinity(), std::nan("")}) {
     EXPECT_EQ(vel_run(screen, seconds), VEL_INVALID_ARGUMENT) << seconds;

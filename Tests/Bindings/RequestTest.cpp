@@ -1,4 +1,4 @@
-// vel_request and vel_request_json.
+// Tests of vel_request and vel_request_json.
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -34,7 +34,7 @@ TEST_F(CRequestTest, ARequestIsLoadedAndItsStateIsReported) {
   EXPECT_FALSE(configuration().skipMode());
 }
 
-TEST_F(CRequestTest, TheTimeIsRoundedToSinglePrecision) {
+TEST_F(CRequestTest, TheTimeOfARequestIsRoundedToSinglePrecision) {
   EXPECT_EQ(request("launch_end", 0.1), VEL_OK);
   EXPECT_EQ(secondsLeft(), 0.10000000149011612);
 }
@@ -56,7 +56,7 @@ TEST_F(CRequestTest, AnUnknownModeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, TheErrorOfARequestWithoutAnEventIsTheLogLineOfTheLibrary) {
+TEST_F(CRequestTest, ARequestWithoutAnEventIsRefusedAndTheErrorIsTheLogLine) {
   for (const char* missingEvent : {static_cast<const char*>(nullptr), ""}) {
     EXPECT_EQ(request(missingEvent, 1, "skip"), VEL_REFUSED);
     EXPECT_STREQ(vel_last_error(),
@@ -112,7 +112,7 @@ TEST_F(CRequestTest, ATimeCanBeInfiniteButNotNaN) {
   EXPECT_EQ(secondsLeft(), std::numeric_limits<double>::infinity());
 }
 
-TEST_F(CRequestTest, ANullOrTooSmallStructureIsRefused) {
+TEST_F(CRequestTest, ANullOrTooSmallVelRequestIsRefused) {
   VelRequest tooSmallRequest = makeRequest("launch_end", 1);
   tooSmallRequest.size = sizeof tooSmallRequest - 1;
   EXPECT_EQ(vel_request(screen, &tooSmallRequest), VEL_INVALID_ARGUMENT);
@@ -135,7 +135,7 @@ TEST_F(CRequestTest, ARequestIsNotReadWhileALaunchScreenIsShown) {
   }
 }
 
-TEST_F(CRequestTest, AJsonObjectCanHaveAllParametersOfARequest) {
+TEST_F(CRequestTest, ModeEventAndTimeAreReadFromJson) {
   EXPECT_EQ(requestJson(R"({"mode": "skip", "event": "launch_end", "max_duration_time": 3})"),
             VEL_OK)
       << vel_last_error();
@@ -178,16 +178,16 @@ TEST_F(CRequestTest, AJsonValueOfTheWrongTypeCountsAsMissing) {
   EXPECT_FALSE(configuration().skipMode());
 }
 
-TEST_F(CRequestTest, AJsonTimeThatIsATextWithoutANumberIsRefused) {
+TEST_F(CRequestTest, AJsonTimeStringWithoutANumberIsRefused) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": "soon"})"), VEL_REFUSED);
 }
 
 TEST_F(CRequestTest, AnEmptyJsonObjectIsRefused) { EXPECT_EQ(requestJson("{}"), VEL_REFUSED); }
 
-TEST_F(CRequestTest, AJsonTimeOfTrueIsOneSecondAndFalseIsZeroSeconds) {
+TEST_F(CRequestTest, TheJsonTimeTrueMeansOneSecondAndFalseMeansZero) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": true})"), VEL_OK);
   EXPECT_EQ(secondsLeft(), 1);
-  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);  // as for 0
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);
 }
 
 TEST_F(CRequestTest, UnknownJsonMembersAreIgnored) {

@@ -13,8 +13,8 @@ constexpr std::size_t kFirstVersionCallbacksSize = 80;
 constexpr std::size_t kFirstVersionCreateOptionsSize = 72;
 constexpr std::size_t kFirstVersionRequestSize = 32;
 
-/// A structure with the size of version 1.0. The bytes after the structure are not zero: in a real
-/// program, they belong to another variable.
+/// A structure with its size in version 1.0. Other data follows the structure, so the library must
+/// not read more than `Size` bytes.
 template <class Structure, std::size_t Size>
 struct FirstVersionStructure {
   explicit FirstVersionStructure(Structure structure) {
@@ -50,7 +50,7 @@ TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
                                       "did_disappear", "record_event launch_end"}));
 }
 
-TEST_F(StructureSizeTest, TheWindowInTheOptionsOfTheFirstVersionIsRead) {
+TEST_F(StructureSizeTest, VelCreateReadsTheWindowFromOptionsOfTheFirstVersion) {
   VelCreateOptions currentOptions = virtualOptions();
   currentOptions.window = 4711;
   const FirstVersionStructure<VelCreateOptions, kFirstVersionCreateOptionsSize> options(

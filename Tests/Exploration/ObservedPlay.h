@@ -1,11 +1,10 @@
-// A play runs one script in virtual time and checks invariants. A script is a sequence of actions.
-// A trace line reports one thing that happens during the play, such as a tick or a call to the
-// host. The player reports a play state (`PlayState`) after each step, and each time the run loop
-// has done all due work.
+// A script is a sequence of actions. An action lets time pass and then performs its steps. A play
+// runs one script with a player (`Player`) and checks invariants. The player reports trace lines,
+// such as a tick of the countdown. It reports a play state (`PlayState`) after each step, and each
+// time the run loop has no due work left.
 //
-// A content (`LaunchScreenContent`) is a launch screen as the host sees it. `LaunchScreenManager`
-// has one main content. It creates a temporary content (`tempContent`) for a request that arrives
-// while a launch screen is shown.
+// "The manager" is the host's LaunchScreenManager. It loads each request into its main content
+// (`content`) or into a temporary content (`tempContent`).
 #pragma once
 
 #include <bitset>
@@ -24,24 +23,25 @@ namespace vel::exploration {
 
 class ObservedPlay;
 
-/// A statement that always holds.
+/// A condition that must hold in every play.
 struct Invariant {
-  /// When the play checks the invariant. Moment: at every trace line and every play state.
-  /// AfterAction: after each action. End: when the play has deactivated the manager and no work is
-  /// left.
-  enum class CheckTime : std::uint8_t { Moment, AfterAction, End };
+  enum class CheckTime : std::uint8_t {
+    Moment,       // at each trace line and each play state
+    AfterAction,  // after each action
+    End           // after `ObservedPlay::end` has deactivated the manager and no work is left
+  };
 
   std::string_view name;
   CheckTime checkTime = CheckTime::Moment;
-  /// Returns what is wrong, or an empty string.
+  /// Describes how the play breaks the invariant. Returns an empty string if the invariant holds.
   std::string (*findFault)(const ObservedPlay& play) = nullptr;
 };
 
-/// The state of the manager and of the default configuration at a moment.
+/// The values of the manager and of the default configuration at one trace line or play state.
 struct Sample {
   double timeLeft = 0;       // `launchScreenExpirationTimeLeft`
   double interval = 0;       // `expirationTimeInterval`
-  bool isCounting = false;   // the manager has a valid timer
+  bool isCounting = false;   // the timer of the countdown is valid
   bool isUnfocused = false;  // `appIsUnfocused`
   bool isSent = false;       // `eventWasSended`
   bool isExpired = false;    // `launchScreenExpired`
@@ -50,36 +50,33 @@ struct Sample {
 
 /// The facts about a play that the invariants need.
 struct History {
-  /// The manager has accepted a content request while skip mode was off.
+  /// True if the manager has accepted a request without skip mode.
   bool hasRequestOutsideSkipMode = false;
-  /// The expected value of `Sample::isUnfocused`. A required window is a window that belongs to the
-  /// launch screen (see `LaunchScreenManager::isRequiredWindow`). The value becomes true when a
-  /// required window stops being key, and false when a required window becomes key.
+  /// The value that `Sample::isUnfocused` must have.
   bool shouldBeUnfocused = false;
-  /// The number of recorded events.
   int recordedEventCount = 0;
   /// The time at which `eventWasSended` became true.
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
-  /// The known cases of a wrong window style that have occurred. Each bit is an index into
-  /// `styleExceptions()`.
+  /// Bit `i` is set if `styleExceptions()[i]` may have caused a wrong window style.
   std::bitset<16> styleExceptions;
 
-  // Each play state resets the members below.
+  // Each play state sets the members below again.
 
-  /// The values of `Sample::timeLeft` and `Sample::isCounting` at the last play state.
+  /// The values of `Sample::timeLeft` and `Sample::isCounting` at the latest play state.
   double timeLeft = 0;
   bool wasCounting = false;
-  /// The name of the step that is being performed. Empty if no step is being performed.
+  /// The name of the step that the player is performing. Empty between two steps.
   std::string_view step;
-  /// The step is a dismissal that the manager must refuse.
+  /// True while the player performs a dismissal that the manager must refuse.
   bool mustRefuse = false;
-  /// The library has called `canContentViewDisappear` of the host's view delegate.
+  /// True if the library has called `canContentViewDisappear` since the latest play state.
   bool hasCalledCanDisappear = false;
-  /// The library has called `contentViewDidDisappear` of the host's view delegate.
+  /// True if the library has called `contentViewDidDisappear` since the latest play state.
   bool hasCalledDidDisappear = false;
-  /// The number of calls of the life cycle methods of the controller, such as `viewDidAppear`.
+  /// The number of calls of life cycle methods, such as `viewDidAppear`, since the latest play
+  /// state.
   int lifeCycleCallCount = 0;
 };
 
@@ -91,7 +88,7 @@ class ObservedPlay final : private host::PlayListener {
   ObservedPlay(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants);
   ~ObservedPlay() override;
 
-  /// Plays one action. `action` is an index into `actions()`.
+  /// Plays the steps of one action. `action` is an index into `actions()`.
   void perform(std::uint8_t action);
   /// Deactivates the manager and lets time pass until no work is left.
   void end();
@@ -104,21 +101,20 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& previousSample() const { return previousSample_; }
   [[nodiscard]] const Sample& currentSample() const { return currentSample_; }
-  /// The event of the trace line at which the invariants are being checked. Null if they are being
-  /// checked at a play state.
+  /// The event of the trace line at which the invariants are being checked. Null at a play state.
   [[nodiscard]] const host::TraceEvent* traceEvent() const { return traceEvent_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
-  /// The host's windows in the order in which they were opened, closed windows included.
+  /// The windows of `hostScript()`, in its order. Contains closed windows too.
   [[nodiscard]] const std::vector<Strong<NSWindow>>& hostWindows() const { return hostWindows_; }
   [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
-  /// The style that the host gave to one of its windows.
+  /// The style with which the host opened the window.
   [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
-  /// The current controller and the earlier controllers of the main content, oldest first. Does not
-  /// contain destroyed controllers.
+  /// The controllers that the main content has had, oldest first. Does not contain destroyed
+  /// controllers.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
-  /// The main content's controller just before `end` deactivated the manager. Null if the
-  /// controller has been destroyed.
+  /// The main content's controller just before `end` deactivated the manager. Null if no such
+  /// controller exists.
   [[nodiscard]] Strong<LaunchScreenViewController> lastController() const {
     return lastController_.lock();
   }
@@ -156,8 +152,8 @@ class ObservedPlay final : private host::PlayListener {
   Sample currentSample_;
   const host::TraceEvent* traceEvent_ = nullptr;
   History history_;
-  const host::Step* step_ = nullptr;  // the step that started last
-  Nanoseconds scriptTime_ = 0;        // the time of that step
+  const host::Step* step_ = nullptr;  // valid only while `player_` plays the step
+  Nanoseconds scriptTime_ = 0;        // the virtual time of the latest step
   std::string violation_;
 };
 

@@ -7,22 +7,24 @@
 
 namespace vel::exploration {
 
-/// A known case in which the library does not restore the style of a host's window.
+/// A known case in which the library leaves a wrong style on a host's window. The invariants accept
+/// this style.
 struct StyleException {
   std::string_view name;
-  /// Returns true if the step causes this case. Called just before the step is played.
+  /// Returns true if the step can cause the wrong style. Called just before the player performs the
+  /// step.
   bool (*isCausedBy)(const ObservedPlay& play, const host::Step& step) = nullptr;
-  /// Returns true if the window has the wrong style that this case causes.
+  /// Returns true if the window has the wrong style of this case.
   bool (*hasResultingStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
 };
 
 [[nodiscard]] std::span<const StyleException> styleExceptions();
 
-/// Returns true if no cover is up and no removal of a cover is pending.
+/// Returns true if no launch screen is shown and no dismissed launch screen still has to be
+/// removed.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Returns true if an earlier cover can still give a window a wrong style. This is possible if
-/// `embedded_cover::selfController` is not null, if a controller's `appWindow` is not null, or if a
-/// controller has saved a style other than the original style of the player window.
+/// Returns true if the controller of an earlier launch screen can still give a window a wrong
+/// style.
 [[nodiscard]] bool canEarlierCoverChangeStyle(const ObservedPlay& play);
 
 }  // namespace vel::exploration

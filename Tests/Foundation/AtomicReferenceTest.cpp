@@ -1,4 +1,4 @@
-// Atomic properties and weak references.
+// Tests of AtomicReference and Weak.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -12,22 +12,22 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor. The sum of its two numbers is 0, unless
-/// one thread destroys the object while another thread reads the numbers.
+/// An object that calls `onDestruction` in its destructor. `isConsistent` can return false if
+/// another thread destroys the object during the call.
 class TestObject final : public Class<TestObject, "TestObject"> {
  public:
   explicit TestObject(int number, std::function<void()> onDestruction = nullptr)
-      : number_(number), complement_(-number), onDestruction_(std::move(onDestruction)) {}
+      : number_(number), negatedNumber_(-number), onDestruction_(std::move(onDestruction)) {}
   ~TestObject() override {
     if (onDestruction_) {
       onDestruction_();
     }
   }
-  [[nodiscard]] bool isConsistent() const { return number_ + complement_ == 0; }
+  [[nodiscard]] bool isConsistent() const { return number_ + negatedNumber_ == 0; }
 
  private:
   int number_;
-  int complement_;
+  int negatedNumber_;
   std::function<void()> onDestruction_;
 };
 
@@ -61,12 +61,11 @@ TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAliveAfterALaterStore) {
   EXPECT_TRUE(loadedObject->isConsistent());
 }
 
-TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
+TEST(AtomicReferenceTest, DestroysThePreviousObjectWithoutHoldingTheLock) {
   AtomicReference<TestObject> property;
   Strong<TestObject> objectLoadedInDestructor;
   const auto nextObject = make<TestObject>(2);
-  // If `store` held the lock while it destroys the old object, `load` in the destructor would block
-  // forever.
+  // `load` in the destructor would block forever if `store` still held the lock.
   property.store(make<TestObject>(1, [&] { objectLoadedInDestructor = property.load(); }));
   property.store(nextObject);
   EXPECT_EQ(objectLoadedInDestructor, nextObject);

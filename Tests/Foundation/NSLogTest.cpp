@@ -1,4 +1,4 @@
-// The lines that NSLog formats, and the sink: the function that receives each line.
+// Tests of NSLog and formatLogLine. NSLog passes each formatted line to a function, the sink.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -29,15 +29,15 @@ class NSLogTest : public testing::Test {
   std::vector<std::string> lines;
 };
 
-TEST(FormatLogLineTest, ReplacesAnObjectSpecifierByText) {
+TEST(FormatLogLineTest, ReplacesPercentAtByAString) {
   EXPECT_EQ(formatLogLine("%@!", {"Player"}), "Player!");
 }
 
-TEST(FormatLogLineTest, ReplacesAStringSpecifierByText) {
+TEST(FormatLogLineTest, ReplacesPercentSByAString) {
   EXPECT_EQ(formatLogLine("(%s)", {"-[Player run]"}), "(-[Player run])");
 }
 
-TEST(FormatLogLineTest, ReplacesANumberSpecifierByTheNumber) {
+TEST(FormatLogLineTest, ReplacesPercentUByANumber) {
   EXPECT_EQ(formatLogLine("mode: %u", {0U}), "mode: 0");
   EXPECT_EQ(formatLogLine("%u", {std::numeric_limits<std::uint32_t>::max()}), "4294967295");
 }
@@ -66,7 +66,7 @@ TEST(FormatLogLineTest, DoesNotReplaceSpecifiersInsideAnArgument) {
   EXPECT_EQ(formatLogLine("%@ %@", {"%s", "%%"}), "%s %%");
 }
 
-TEST(FormatLogLineTest, ATextArgumentMayBeEmptyOrContainAnyBytes) {
+TEST(FormatLogLineTest, AStringArgumentMayBeEmptyOrContainAnyBytes) {
   EXPECT_EQ(formatLogLine("<%@>", {""}), "<>");
   EXPECT_EQ(formatLogLine("<%@>", {std::string_view("a\0b", 3)}), std::string("<a\0b>", 5));
   EXPECT_EQ(formatLogLine("<%@>", {"größer"}), "<größer>");
@@ -94,20 +94,21 @@ TEST_F(NSLogTest, ASinkMayReplaceItself) {
   EXPECT_EQ(lines, std::vector<std::string>{"last"});
 }
 
-TEST_F(NSLogTest, WritesDateTimeProcessAndThreadBeforeTheLineIfNoSinkIsSet) {
+TEST_F(NSLogTest, WritesAPrefixAndTheLineToStandardErrorIfNoSinkIsSet) {
   setNSLogSink(nullptr);
   testing::internal::CaptureStderr();
   NSLog("%@ is %s", "Player", "ready");
   const std::string output = testing::internal::GetCapturedStderr();
   const std::string processId = std::to_string(getpid());
-  // The id of the first thread is the id of the process.
+  // The prefix ends with the process id and the thread id. The id of the main thread is the process
+  // id.
   EXPECT_TRUE(
       std::regex_match(output, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
                                           processId + ":" + processId + R"(\] Player is ready\n)")))
       << output;
 }
 
-TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
+TEST_F(NSLogTest, ThePrefixContainsTheProgramName) {
   testing::internal::CaptureStderr();
   writeToStandardSink("line");
   const std::string output = testing::internal::GetCapturedStderr();

@@ -19,23 +19,22 @@ NSNotificationCenter& center() { return NSNotificationCenter::defaultCenter(); }
 
 class Door final : public Class<Door, "Door"> {};
 
-/// An observer that appends its own name to `receivers` when it receives a notification.
-/// `doorMoved` then calls `reaction`.
-class Listener final : public Class<Listener, "Listener"> {
+/// Appends its name to `receivers` for each notification. `doorMoved` also calls `reaction`.
+class Observer final : public Class<Observer, "Observer"> {
  public:
-  Listener(std::vector<std::string>& receivers, std::string name)
+  Observer(std::vector<std::string>& receivers, std::string name)
       : receivers_(receivers), name_(std::move(name)) {}
-  ~Listener() override { center().removeObserver(this); }
+  ~Observer() override { center().removeObserver(this); }
 
   void doorMoved(const NSNotification& notification) {
     receivers_.push_back(name_);
     lastNotificationName = std::string(notification.name());
     lastNotificationObject = notification.object();
-    if (const auto currentReaction = reaction) {  // a reaction may replace `reaction`
+    if (const auto currentReaction = reaction) {  // the call may replace `reaction`
       currentReaction();
     }
   }
-  void doorMovedSecondSelector(const NSNotification& /*notification*/) {
+  void secondSelector(const NSNotification& /*notification*/) {
     receivers_.push_back(name_ + " again");
   }
 
@@ -52,10 +51,10 @@ class NSNotificationCenterTest : public testing::Test {
  protected:
   using Names = std::vector<std::string>;
 
-  Strong<Listener> makeListener(const std::string& name) { return make<Listener>(receivers, name); }
-  static void observe(const Strong<Listener>& observer, NSNotificationName name = kDoorOpened,
+  Strong<Observer> makeObserver(const std::string& name) { return make<Observer>(receivers, name); }
+  static void observe(const Strong<Observer>& observer, NSNotificationName name = kDoorOpened,
                       const Strong<NSObject>& object = nullptr) {
-    center().addObserverSelectorNameObject<&Listener::doorMoved>(observer, name, object);
+    center().addObserverSelectorNameObject<&Observer::doorMoved>(observer, name, object);
   }
   static void post(NSNotificationName name = kDoorOpened,
                    const Strong<NSObject>& object = nullptr) {
@@ -63,9 +62,9 @@ class NSNotificationCenterTest : public testing::Test {
   }
 
   Names receivers;
-  Strong<Listener> ann = makeListener("Ann");
-  Strong<Listener> bob = makeListener("Bob");
-  Strong<Listener> cid = makeListener("Cid");
+  Strong<Observer> ann = makeObserver("Ann");
+  Strong<Observer> bob = makeObserver("Bob");
+  Strong<Observer> cid = makeObserver("Cid");
 };
 
 TEST_F(NSNotificationCenterTest, APostWithoutObserversDoesNothing) {
@@ -116,8 +115,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsRegisteredTwiceReceivesANotific
 
 TEST_F(NSNotificationCenterTest, EachRegistrationHasItsOwnSelector) {
   observe(ann);
-  center().addObserverSelectorNameObject<&Listener::doorMovedSecondSelector>(ann, kDoorOpened,
-                                                                             nullptr);
+  center().addObserverSelectorNameObject<&Observer::secondSelector>(ann, kDoorOpened, nullptr);
   post();
   EXPECT_EQ(receivers, (Names{"Ann", "Ann again"}));
 }
@@ -130,7 +128,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, DeliversOnlyPostsOfTheRegisteredObjectOrAllPostsIfItIsNull) {
+TEST_F(NSNotificationCenterTest, AnObserverOfOneObjectDoesNotReceiveOtherPosts) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);
@@ -162,7 +160,7 @@ TEST_F(NSNotificationCenterTest, AnObserverAddedByTheLastObserverDoesNotReceiveT
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedDuringAPostDoesNotReceiveIt) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedDuringAPostDoesNotReceiveThisPost) {
   ann->reaction = [this] { center().removeObserver(bob.get()); };
   for (const auto& observer : {ann, bob, cid}) {
     observe(observer);
@@ -223,7 +221,7 @@ TEST_F(NSNotificationCenterTest, RegisteringANullObserverDoesNothing) {
 }
 
 TEST_F(NSNotificationCenterTest, RegistrationDoesNotKeepTheObserverAlive) {
-  const Weak<Listener> weakReference = ann;
+  const Weak<Observer> weakReference = ann;
   observe(ann);
   ann.reset();
   EXPECT_TRUE(weakReference.expired());
@@ -232,16 +230,16 @@ TEST_F(NSNotificationCenterTest, RegistrationDoesNotKeepTheObserverAlive) {
 }
 
 TEST_F(NSNotificationCenterTest, DeliveryKeepsTheObserverAlive) {
-  const Weak<Listener> weakReference = ann;
-  bool isAlive = false;
+  const Weak<Observer> weakReference = ann;
+  bool isAliveDuringDelivery = false;
   ann->reaction = [&] {
     ann.reset();
-    isAlive = !weakReference.expired();
+    isAliveDuringDelivery = !weakReference.expired();
   };
   observe(ann);
   observe(bob);
   post();
-  EXPECT_TRUE(isAlive);
+  EXPECT_TRUE(isAliveDuringDelivery);
   EXPECT_TRUE(weakReference.expired());
   EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
@@ -295,7 +293,7 @@ TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseTheCenterConcurrently) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
       std::vector<std::string> receiversInThisThread;
-      const auto observer = make<Listener>(receiversInThisThread, "Dan");
+      const auto observer = make<Observer>(receiversInThisThread, "Dan");
       const auto door = make<Door>();
       observe(observer, kDoorOpened, door);
       post(kDoorOpened, door);

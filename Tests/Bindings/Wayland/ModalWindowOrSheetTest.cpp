@@ -1,4 +1,4 @@
-// Modal windows and sheets over a Wayland surface of a host.
+// Launch screens that are modal windows or sheets over a Wayland window of the host.
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -15,7 +15,7 @@ namespace vel::test {
 namespace {
 
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr PixelRect kScreen{0, 0, 1024, 768};
+constexpr PixelRect kOutput{0, 0, 1024, 768};
 constexpr PixelRect kMiddle{512, 384, 1, 1};
 
 /// A host with a green Wayland window and a launch screen over this window.
@@ -25,21 +25,20 @@ class GreenHost : NonCopyable {
       : surface(compositor.display(), "game", {500, 320}, kGreen) {}
   ~GreenHost() { vel_destroy(&screen); }
 
-  /// Creates a launch screen and loads a request. Passes the xdg_toplevel to the library if
-  /// `hasToplevel` is true.
-  void create(bool hasToplevel) {
+  /// Creates a launch screen and loads a request.
+  void create(bool passesToplevel) {
     const WaylandSurface native = surface.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
     window.wl_display = native.display;
     window.wl_surface = native.surface;
-    window.xdg_toplevel = hasToplevel ? native.toplevel : nullptr;
+    window.xdg_toplevel = passesToplevel ? native.toplevel : nullptr;
     window.width = native.size.width;
     window.height = native.size.height;
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
     callbacks.log_line = [](void* /*data*/, const char* /*line*/) {};
     VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
     options.host_window = &window;
-    options.content_controller = 1;  // a sheet requires it
+    options.content_controller = 1;  // a sheet requires a content controller
     options.callbacks = &callbacks;
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     VelRequest request = VEL_REQUEST_INIT;
@@ -62,18 +61,18 @@ class GreenHost : NonCopyable {
 
 class ModalWindowOrSheet : public testing::TestWithParam<VelPresentation> {};
 
-// sway shows a window over a fullscreen window only if the fullscreen window is the parent.
-// Without the xdg_toplevel of the host, the library sets this parent with xdg-foreign.
+// sway shows a window over a fullscreen window only if the fullscreen window is its parent. Without
+// the host's xdg_toplevel, the library sets the parent with xdg-foreign.
 TEST_P(ModalWindowOrSheet, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   const Sway sway;
   GreenHost host(sway);
   host.create(false);
   sway.run("[title=\"^game$\"] fullscreen enable");
-  ASSERT_TRUE(host.pumpUntil([&] { return sway.picture(kScreen).isAll(kGreen); }));
-  ASSERT_EQ(vel_resized(host.screen, kScreen.width, kScreen.height), VEL_OK);
+  ASSERT_TRUE(host.pumpUntil([&] { return sway.picture(kOutput).isAll(kGreen); }));
+  ASSERT_EQ(vel_resized(host.screen, kOutput.width, kOutput.height), VEL_OK);
   ASSERT_EQ(vel_present(host.screen, GetParam()), VEL_OK) << vel_last_error();
   EXPECT_TRUE(host.pumpUntil([&] { return sway.picture(kMiddle).isAll(kWhite); }));
-  EXPECT_EQ(sway.picture(kScreen).at(0, 0), kGreen);
+  EXPECT_EQ(sway.picture(kOutput).at(0, 0), kGreen);
 }
 
 TEST_P(ModalWindowOrSheet, NeedsTheToplevelUnderACompositorWithoutXdgForeign) {

@@ -1,4 +1,4 @@
-// The C interface with a Wayland surface of the host.
+// Tests of the C interface with a Wayland window of the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -19,8 +19,7 @@ using testing::ElementsAre;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr PixelRect kWindowArea{262, 224, 500, 320};  // sway centres the window of the host
 
-/// A host that records its callbacks in `calls`, with the values of their arguments. "ended 1"
-/// means that the time was used up, and "ended 4" that the display was lost.
+/// A launch screen over the window of `host`. Records its callbacks in `calls`.
 class WaylandCBinding : public testing::Test {
  protected:
   WaylandCBinding() {
@@ -44,14 +43,12 @@ class WaylandCBinding : public testing::Test {
   }
   ~WaylandCBinding() override { vel_destroy(&screen); }
 
-  /// Creates a launch screen over the window of the host. Passes the xdg_toplevel if `hasToplevel`
-  /// is true.
-  void create(const char* display = "auto", bool hasToplevel = true) {
+  void create(const char* display = "auto", bool passesToplevel = true) {
     const WaylandSurface surface = host.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
     window.wl_display = surface.display;
     window.wl_surface = surface.surface;
-    window.xdg_toplevel = hasToplevel ? surface.toplevel : nullptr;
+    window.xdg_toplevel = passesToplevel ? surface.toplevel : nullptr;
     window.width = surface.size.width;
     window.height = surface.size.height;
     VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
@@ -75,7 +72,7 @@ class WaylandCBinding : public testing::Test {
       return condition();
     });
   }
-  bool becomes(std::uint32_t color) {
+  bool windowBecomes(std::uint32_t color) {
     return pumpUntil([this, color] { return sway.picture(kWindowArea).isAll(color); });
   }
   [[nodiscard]] VelPause pauseReason() const {
@@ -99,12 +96,13 @@ class WaylandCBinding : public testing::Test {
   }
 };
 
-TEST_F(WaylandCBinding, TheCallbacksOfALaunchScreenOverASurfaceComeInOrder) {
+TEST_F(WaylandCBinding, TheLibraryCallsTheCallbacksInOrder) {
   create();
   present(1.5);
-  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_TRUE(windowBecomes(kWhite));
+  // "ended 1": VEL_END_TIME_USED_UP.
   ASSERT_TRUE(pumpUntil([this] { return hasCall("ended 1") && hasCall("take_controls 0"); }));
-  EXPECT_TRUE(becomes(kGreen));
+  EXPECT_TRUE(windowBecomes(kGreen));
   std::vector<std::string> controlCalls;
   std::erase_if(calls, [&controlCalls](const std::string& call) {
     const bool isControlCall = call.find("controls") != std::string::npos;
@@ -114,12 +112,13 @@ TEST_F(WaylandCBinding, TheCallbacksOfALaunchScreenOverASurfaceComeInOrder) {
     return isControlCall;
   });
   EXPECT_THAT(calls, ElementsAre("will_appear", "did_disappear", "launch_end", "ended 1"));
-  // 6: the close and miniaturise controls. The library itself disables resizing.
+  // 6: the close and miniaturise controls. The library disables resizing itself, because the host
+  // passes its xdg_toplevel.
   EXPECT_THAT(controlCalls, ElementsAre("controls_kept 6", "take_controls 6", "controls_kept 0",
                                         "take_controls 0"));
 }
 
-TEST_F(WaylandCBinding, TheTakeControlsCallbackGetsTheResizeControlIfTheHostPassesNoToplevel) {
+TEST_F(WaylandCBinding, AsksTheHostToRemoveTheResizeControlIfItPassesNoToplevel) {
   create("wayland", false);
   present(60);
   // 14: the close, miniaturise and resize controls.
@@ -132,20 +131,20 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenAsksTheHostToRestoreItsControls
   ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 14"); }));
   calls.clear();
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  // "ended 5" means that vel_destroy() has ended the launch screen.
+  // "ended 5": VEL_END_DESTROYED.
   EXPECT_THAT(calls, ElementsAre("take_controls 0", "ended 5"));
 }
 
 TEST_F(WaylandCBinding, TheTakeControlsCallbackCanDestroyTheLaunchScreen) {
   struct CallbackData {
     VelLaunchScreen** screen;
-    std::vector<std::uint32_t> takenControls;
+    std::vector<std::uint32_t> receivedControls;
   } callbackData{&screen, {}};
   callbacks = VEL_CALLBACKS_INIT;
   callbacks.user_data = &callbackData;
   callbacks.take_controls = [](void* userData, std::uint32_t controls) {
     auto& data = *static_cast<CallbackData*>(userData);
-    data.takenControls.push_back(controls);
+    data.receivedControls.push_back(controls);
     vel_destroy(data.screen);
   };
   create("wayland", false);
@@ -154,7 +153,7 @@ TEST_F(WaylandCBinding, TheTakeControlsCallbackCanDestroyTheLaunchScreen) {
     host.pump();
     return vel_pump(screen, nullptr) != VEL_OK || screen == nullptr;
   }));
-  EXPECT_THAT(callbackData.takenControls, ElementsAre(14U, 0U));
+  EXPECT_THAT(callbackData.receivedControls, ElementsAre(14U, 0U));
 }
 
 TEST_F(WaylandCBinding, DestroyingAnEndedLaunchScreenDoesNotRestoreTheControlsAgain) {
@@ -169,7 +168,7 @@ TEST_F(WaylandCBinding, DestroyingAnEndedLaunchScreenDoesNotRestoreTheControlsAg
 TEST_F(WaylandCBinding, TheCountdownPausesWhileAnotherApplicationHasTheFocus) {
   create();
   present(60);
-  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_TRUE(windowBecomes(kWhite));
   ASSERT_TRUE(pumpUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
   const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
   EXPECT_TRUE(pumpUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
@@ -180,7 +179,7 @@ TEST_F(WaylandCBinding, TheCountdownPausesWhileAnotherApplicationHasTheFocus) {
 TEST_F(WaylandCBinding, VelResizedResizesTheCoverAndRefusesInvalidSizes) {
   create();
   present(60);
-  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_TRUE(windowBecomes(kWhite));
   sway.resizeWindow("game", 700, 450);
   ASSERT_TRUE(pumpUntil([this] { return host.size() == CGSize{700, 450}; }));
   ASSERT_EQ(vel_resized(screen, 700, 450), VEL_OK) << vel_last_error();
@@ -188,7 +187,7 @@ TEST_F(WaylandCBinding, VelResizedResizesTheCoverAndRefusesInvalidSizes) {
   EXPECT_TRUE(eventually([this] {
     host.pump();
     const Picture picture = sway.picture({0, 0, 1024, 768});
-    // The top left corner of kWindowArea, and a point 90 pixels to the right of kWindowArea.
+    // A point in the previous area of the window, and a point to the right of this area.
     return picture.at(262, 224) == kWhite && picture.at(261 + 500 + 90, 224) == kWhite &&
            !picture.colors().contains(kGreen);
   }));
@@ -219,7 +218,7 @@ TEST_F(WaylandCBinding, AWaylandSurfaceIsABadWindowOnTheHeadlessDisplay) {
 TEST_F(WaylandCBinding, DestroyingTheLaunchScreenRemovesTheCover) {
   create();
   present(60);
-  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_TRUE(windowBecomes(kWhite));
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_TRUE(eventually([this] {
     host.pump();
@@ -230,8 +229,9 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenRemovesTheCover) {
 TEST_F(WaylandCBinding, AKilledCompositorIsReported) {
   create();
   present(60);
-  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_TRUE(windowBecomes(kWhite));
   sway.kill();
+  // "ended 4": VEL_END_DISPLAY_LOST.
   EXPECT_TRUE(eventually([this] {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
     return hasCall("ended 4");

@@ -1,5 +1,5 @@
-// Hand-written definitions of macros from the headers of macOS. These macros could break the
-// headers of the library.
+// Defines macros that the headers of macOS also define. The headers of the library must compile
+// before and after this file.
 #pragma once
 
 // <dispatch/dispatch.h>
@@ -43,7 +43,7 @@
 #define CG_EXTERN extern "C"
 #define CG_INLINE static inline
 
-// <AssertMacros.h>, which other headers of the system include
+// <AssertMacros.h>
 #define check(assertion) ((void)0)
 #define require(assertion, label) ((void)0)
 #define verify(assertion) ((void)0)

@@ -4,21 +4,21 @@
 
 #include <wayland-client.h>
 
-// Installs the handlers of the signals.
+// Installs handlers for these signals.
 void handleSignals(void);
 
 // Returns 1 after SIGTERM, otherwise 0.
 int isProgramEndRequested(void);
 
-// Returns 1 while there is a launch screen, otherwise 0.
+// Returns 1 while the launch screen exists, otherwise 0.
 int hasScreen(void);
 
-// Call this function often, with the current size of the surface. It pumps the library, reports
-// a new size to it, and presents or dismisses the launch screen after a signal. It ends the program
-// with status 1 if a call fails or the connection has a protocol error.
+// Presents or dismisses the launch screen if a signal has requested it. Also reports size changes
+// to the library and calls vel_pump(). The program must call this function repeatedly. Ends the
+// program with status 1 if a call of the library fails or the connection has failed.
 void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
                   double height);
 
 // Ends the program with status 1 if the connection has failed, otherwise with status 0. Does not
-// run exit handlers: a leak checker would report memory that the toolkit has not freed.
+// run exit handlers, because a leak checker would then report memory that SDL or GTK has not freed.
 void endProgram(struct wl_display* display);
