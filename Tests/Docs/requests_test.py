@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plays each row of the tables in docs/requests.md and compares the result with the row."""
+"""Plays what each row of the tables in docs/requests.md describes and checks the result."""
 
 import json
 import re
@@ -11,9 +11,9 @@ from docs import PROGRAM, ROOT
 PAGE = (ROOT / "docs/requests.md").read_text(encoding="utf-8")
 MODAL_WINDOW_MODE, SHEET_MODE = 2, 1
 STATE_FAILED = 4
-# An expected outcome contains these values instead of a time.
+# These values stand in place of an expected time.
 STAYS = None  # the launch screen is not dismissed
-NO_EVENT = None  # no event is recorded
+NO_EVENT = None  # no analytics event is recorded
 
 
 def rows(heading):
@@ -25,12 +25,13 @@ def rows(heading):
 
 
 class Play:
-    """Plays a scenario that requests a launch screen, presents it, and then takes `steps`. Stores the
-    lines of the trace. The argument `player` adds its members to the player window. Each additional
-    argument becomes a member of the scenario's "host"."""
+    """Plays a scenario: requests a launch screen, presents it and performs `steps`. Stores the
+    lines of the trace. `windows` are the host's windows besides the player window. `host` contains
+    more members for the "host" of the scenario. The value of `host["player"]` is different: it
+    contains more members for the player window."""
 
     def __init__(self, parameters, steps=(), presentation_mode=0, windows=(), until=30, **host):
-        script = {
+        scenario = {
             "host": {"windows": [{"name": "player", **host.pop("player", {})}, *windows], **host},
             "steps": [
                 {"do": "activate"},
@@ -42,7 +43,7 @@ class Play:
             "until": until,
         }
         process = subprocess.run(
-            [PROGRAM, "play", "-"], input=json.dumps(script), capture_output=True, text=True, check=True
+            [PROGRAM, "play", "-"], input=json.dumps(scenario), capture_output=True, text=True, check=True
         )
         self.lines = [json.loads(line) for line in process.stdout.splitlines()]
 
@@ -59,20 +60,21 @@ class Play:
 
     @property
     def outcome(self):
-        """Returns the times of the dismissal and of the event. A time is None if the dismissal or
-        the event did not occur."""
+        """Returns the time of the dismissal and the time of the analytics event. Each is None if
+        the trace has no such line."""
         return self.time_of("cover", "viewDidDisappear"), self.time_of("event")
 
     @property
     def refusal(self):
-        """Returns the reason in the log line that refuses the request, or None."""
+        """Returns the reason in the log line that refuses the request, or None. The line has the
+        form `Class (-[Class operation:]): reason`."""
         for line in self.lines:
             if "]): " in line.get("log", ""):
                 return line["log"].split("]): ")[1]
         return None
 
 
-def request(**changes):
+def request_parameters(**changes):
     """Returns the default parameters with changes; a change to None removes the parameter."""
     parameters = {"event": "end", "max_duration_time": 5, **changes}
     return {name: value for name, value in parameters.items() if value is not None}
@@ -94,7 +96,7 @@ CONSENT_WINDOW = {"name": "consent", "contentViewController": "GDPRViewControlle
 MODAL = {"presentation_mode": MODAL_WINDOW_MODE, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
 
 # For each row of the table "Windows, focus and closing": the steps, the other arguments of Play,
-# and the times of the dismissal and of the event.
+# and the expected `Play.outcome`.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
     "the covered window resigns key": ([step(1, "resignKey")], {}, (STAYS, NO_EVENT)),
@@ -167,25 +169,25 @@ class Requests(unittest.TestCase):
         self.assertEqual([row[0] for row in rows("Windows, focus and closing")], list(WINDOW_ROWS))
         for row, (steps, play_arguments, expected) in WINDOW_ROWS.items():
             with self.subTest(row):
-                parameters = request(mode="skip" if row.startswith("skip mode") else "forced")
+                parameters = request_parameters(mode="skip" if row.startswith("skip mode") else "forced")
                 self.assert_times(Play(parameters, steps, **play_arguments).outcome, expected)
 
-    def test_each_time_of_the_countdown_is_true(self):
+    def test_each_row_about_the_countdown_is_true(self):
         table = rows("The countdown")
         self.assertGreater(len(table), 5)
         for duration, dismissal in table:
             with self.subTest(duration):
-                play = Play(request(max_duration_time=float(duration.strip("`"))))
+                play = Play(request_parameters(max_duration_time=float(duration.strip("`"))))
                 self.assert_times(play.outcome[:1], [float(dismissal.split()[0])])
 
     def test_each_row_about_modes_is_true(self):
         # A cell contains a JSON value in backticks or one of these words.
-        values_of_words = {"missing": None, "anything else": "Skip"}  # "Skip" is not skip mode
+        values_of_words = {"missing": None, "anything else": "Skip"}  # only "skip" is skip mode
         for value, effect in rows("`mode`"):
             with self.subTest(value):
-                cell = value.split(",")[0]  # without ", exactly"
+                cell = value.split(",")[0]  # removes ", exactly" after `"skip"`
                 mode = values_of_words[cell] if cell in values_of_words else json.loads(cell.strip("`"))
-                outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
+                outcome = Play(request_parameters(mode=mode), [{"at": 1, **DISMISS}]).outcome
                 may_dismiss_early = "any time" in effect
                 self.assert_times(outcome, (1, NO_EVENT) if may_dismiss_early else (5.1, 3.5))
 
@@ -197,7 +199,7 @@ class Requests(unittest.TestCase):
                 with self.subTest(parameter=parameter, value=value):
                     is_word = value in values_of_words
                     parameter_value = values_of_words[value] if is_word else json.loads(value.strip("`"))
-                    play = Play(request(**{"max_duration_time": 2, parameter: parameter_value}))
+                    play = Play(request_parameters(**{"max_duration_time": 2, parameter: parameter_value}))
                     refusal = re.match("Refused: `(.*)`", effect)
                     self.assertEqual(play.refusal, refusal and refusal[1])
                     expected_failure = re.search("the content fails with", effect)
@@ -211,9 +213,9 @@ class Requests(unittest.TestCase):
     def test_the_refusal_of_a_request_without_parameters_is_on_the_page(self):
         self.assertIn(f"refused with `{Play(None).refusal}`", PAGE)
 
-    def test_the_log_lines_are_on_the_page(self):
-        refusal_line = Play(request(event=None)).first_line("log")["log"]
-        presentation_line = Play(request()).first_line("log")["log"]
+    def test_the_log_lines_of_a_refusal_and_a_presentation_are_on_the_page(self):
+        refusal_line = Play(request_parameters(event=None)).first_line("log")["log"]
+        presentation_line = Play(request_parameters()).first_line("log")["log"]
         for line in refusal_line, presentation_line:
             self.assertIn(f"\n    {line}\n", PAGE)
 

@@ -1,4 +1,4 @@
-// Tests of the examples on a display with a window manager.
+// Tests of the examples on an X display with a window manager.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -33,7 +33,7 @@ auto hasEveryControl() {
                Contains("_NET_WM_ACTION_RESIZE"));
 }
 
-// The window manager metacity allows resizing even if the title bar has no buttons.
+// Does not check resizing, because the window manager metacity still allows it.
 auto hasNeitherCloseNorMinimize() {
   return AllOf(Not(Contains("_NET_WM_ACTION_CLOSE")), Not(Contains("_NET_WM_ACTION_MINIMIZE")));
 }
@@ -42,9 +42,8 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
  protected:
   GameExample() {
     std::filesystem::remove(eventsFile_);
-    // The address sanitizer cannot name the functions of a library that SDL has unloaded, so a
-    // suppression cannot match the leaks of this library. Leak detection stays on for the examples
-    // without windows.
+    // SDL unloads a library that leaks memory. The address sanitizer cannot name the functions of
+    // an unloaded library, so a suppression cannot match these leaks.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
   ~GameExample() override { std::filesystem::remove(eventsFile_); }
@@ -61,13 +60,13 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
     return colors.contains(kBackgroundColor) && colors.contains(kBallColor) &&
            !colors.contains(kWhite);
   }
-  // The title bar that the window manager draws, with its buttons.
+  // The title bar with its buttons.
   Picture titleBar(xcb_window_t window) {
     constexpr int kHeight = 30;
     const PixelRect frame = client.areaOnScreen(window);
     return client.screenPicture(PixelRect{frame.x, frame.y - kHeight, frame.width, kHeight});
   }
-  // The user switches to another window.
+  // Opens another window, focuses it and returns it.
   xcb_window_t switchAway() {
     const xcb_window_t otherWindow = client.openGameWindow({1020, 100, 200, 150}, 0);
     EXPECT_TRUE(waitFor([&] { return client.isViewable(otherWindow); }));

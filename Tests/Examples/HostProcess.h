@@ -11,7 +11,8 @@
 
 namespace vel::test {
 
-/// A running example. Collects its output line by line.
+/// The process of an example program. Each example is a host: a program that uses the library.
+/// Collects the output line by line.
 class HostProcess : NonCopyable {
  public:
   /// Starts the program `arguments[0]` with DISPLAY set to `display`. If `display` is empty, the
@@ -38,9 +39,9 @@ class HostProcess : NonCopyable {
 
 /// The path of an example in the build folder.
 std::string examplePath(std::string_view name);
-/// The name of a parameterised test: the name of its example, without hyphens.
+/// The name of the example without hyphens, because the name of a test cannot contain hyphens.
 std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo);
-/// The command that runs the Python example with the built library.
+/// The command that runs the Python example.
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments);
 
 }  // namespace vel::test

@@ -1,6 +1,6 @@
-// The actions and settings of the exploration. The exploration plays many scripts and checks
-// invariants. A script is a sequence of actions. A setting is a host with its windows. A play
-// (ObservedPlay.h) runs one script in one setting.
+// The exploration is a test that plays many scripts and checks invariants. A script is a sequence
+// of actions. A setting is a host with its windows. A play (ObservedPlay.h) runs one script in one
+// setting. This file declares the actions and the settings.
 #pragma once
 
 #include <cstdint>
@@ -13,43 +13,43 @@
 
 namespace vel::exploration {
 
-/// An action of the host or the user, or a span of time.
+/// Something that the host or the user does, or a wait.
 struct Action {
   std::string_view name;
-  /// The time that passes before the first step.
+  /// The time that passes before the first of `steps`.
   int tenthsOfSecond = 0;
-  /// A scenario's steps, without times, separated by commas.
+  /// Steps of a scenario, as JSON objects separated by commas. The steps have no times.
   std::string_view steps;
 };
 
 /// A host with its windows.
 struct Setting {
   std::string_view name;
-  /// The value of "host" in a scenario.
+  /// The value of "host" in a scenario, as JSON.
   std::string_view host;
 };
 
 [[nodiscard]] std::span<const Action> actions();
 [[nodiscard]] std::span<const Setting> settings();
-/// Returns the index of the action with this name. Throws `std::invalid_argument` if no action has
+/// Returns the index of an action in `actions()`. Throws `std::invalid_argument` if no action has
 /// the name.
 [[nodiscard]] std::uint8_t indexOfAction(std::string_view name);
 
 /// The actions of a script, as indices into `actions()`.
 using Script = std::vector<std::uint8_t>;
 
-/// Returns the script as a scenario for `launchscreen play`. The scenario ends when no delayed work
-/// is left.
+/// Returns a scenario for `launchscreen play`, as JSON. After the last action, the scenario lasts
+/// until no delayed work is left.
 [[nodiscard]] std::string scenarioText(const Setting& setting, const Script& script);
 
-/// A setting and the steps of every action, parsed once for any number of plays.
+/// A setting and the steps of every action, parsed from JSON.
 struct ParsedSetting {
   explicit ParsedSetting(const Setting& source);
 
   const Setting& setting;
-  /// A scenario with this host and without steps.
+  /// A scenario with the host of the setting and without steps.
   host::Scenario scenario;
-  /// The steps of each action, without times.
+  /// The steps of each action, in the order of `actions()`. Every step has the time 0.
   std::vector<std::vector<host::Step>> steps;
 };
 

@@ -29,8 +29,8 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
                     std::size_t depth) {
   const ParsedSetting parsedSetting(setting);
   Exploration exploration;
-  // The hashes of the state keys. The probability that any two of a million states have the same
-  // hash is below 1 in 10^7.
+  // If two states had the same hash, the exploration would skip one of them. For a million states,
+  // the probability of this is below 1 in 10^7.
   std::unordered_set<std::size_t> knownStateHashes;
   std::vector<Script> scriptsToExtend;
   // Plays the script. Returns true if all invariants hold.
@@ -42,12 +42,13 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
       exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
-    // Plays that reach the same state end in the same way. So only the first play calls `end`.
+    // From the same state, `end` always has the same result. So call `end` once for each state.
     if (knownStateHashes.insert(std::hash<std::string>()(stateKey(play))).second) {
       scriptsToExtend.push_back(script);
       play.end();
     }
-    // A violation at this point comes from `end`, which deactivates the manager.
+    // A violation here comes from `end`, which deactivates the manager. So the script of the
+    // finding also deactivates the manager.
     if (!play.violation().empty()) {
       exploration.finding = {.violation = play.violation(), .script = script};
       exploration.finding->script.push_back(indexOfAction("deactivate"));

@@ -37,8 +37,8 @@ std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   return isRecorded ? "an event is recorded" : "";
 }
 
-// The event must be sent while the manager is focused. The library records the event half a second
-// later, even if the manager has become unfocused.
+// The library records the event half a second after it sends the event. At the time of the
+// recording, the manager may be unfocused.
 std::string checkNotSentWhileUnfocused(const ObservedPlay& play) {
   const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
   return isSentNow && play.history().shouldBeUnfocused ? "an event is sent" : "";
@@ -78,8 +78,8 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   const double previousTimeLeft = play.previousSample().timeLeft;
   const double currentTimeLeft = play.currentSample().timeLeft;
   const History& history = play.history();
-  // `stopTimer` sets the time left to 0. The manager calls `stopTimer` after a dismissal. If at
-  // most one tick is left, `canLaunchScreenControllerDismiss` also calls `stopTimer`.
+  // `stopTimer` sets the time left to 0. The manager calls `stopTimer` after a dismissal, and in
+  // `canLaunchScreenControllerDismiss` if at most `expirationTimeStep` is left.
   const bool mayHaveCalledStopTimer =
       history.hasCalledDidDisappear ||
       (history.hasCalledCanDisappear && previousTimeLeft <= expirationTimeStep);
@@ -87,7 +87,8 @@ std::string checkTimeLeft(const ObservedPlay& play) {
       history.step == "request" && currentTimeLeft == play.currentSample().interval;
   if (traceEventAs<trace::Tick>(play) != nullptr) {
     const bool isOneStepLess = currentTimeLeft == previousTimeLeft - expirationTimeStep;
-    // The tick starts a dismissal, which sets the time left to 0. Then the tick subtracts its step.
+    // The tick starts a dismissal, which sets the time left to 0. Then the tick subtracts
+    // `expirationTimeStep`.
     const bool isStoppedDuringTick =
         mayHaveCalledStopTimer && currentTimeLeft == 0.0 - expirationTimeStep;
     // A tick does nothing if exactly 0 s are left.
@@ -161,8 +162,8 @@ std::string checkObjectsAfterEnd(const ObservedPlay& play) {
   if (!dispatch_get_main_queue().pendingWork().empty()) {
     return "the main queue has pending work";
   }
-  // The manager's owners are the host and the controllers of the covers that are still up. A
-  // controller owns its delegates.
+  // The host owns the manager. A controller owns its delegates, which can be the manager and its
+  // main content. Only the controllers of covers that are up may still be alive.
   long expectedOwnerCount = 1;
   bool isContentOwned = false;
   for (const auto& controller : play.controllers()) {

@@ -27,8 +27,8 @@ class GameOnWayland : public testing::Test {
  protected:
   GameOnWayland() {
     std::filesystem::remove(eventsFile_);
-    // The address sanitizer cannot name the functions of a library that SDL has unloaded, so a
-    // suppression cannot match the leaks of this library.
+    // SDL unloads a library that leaks memory. The address sanitizer cannot name the functions of
+    // an unloaded library, so a suppression cannot match these leaks.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
   ~GameOnWayland() override { std::filesystem::remove(eventsFile_); }
@@ -76,7 +76,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   auto other = std::make_unique<SurfaceHost>(sway.display(), "other", CGSize{100, 100}, 0x804020);
   sway.run("[title=\"^other$\"] move position 0 0");
   ASSERT_TRUE(becomesWhite(kGameArea));
-  // The library cannot remove the controls. The game itself removes resizing and closing.
+  // On Wayland, the library cannot remove controls. The game itself disables resizing and closing.
   EXPECT_TRUE(waitForLine(*game, "controls kept"));
   EXPECT_TRUE(waitForLine(*game, "controls removed"));
   const auto frameReportCount = [&] {
@@ -102,7 +102,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_EQ(game->wait(), 0);
 }
 
-TEST_F(GameOnWayland, ItsCoverFollowsTheSizeOfItsWindow) {
+TEST_F(GameOnWayland, CoverFollowsTheSizeOfTheWindow) {
   const auto game = startGame("3600");
   ASSERT_TRUE(becomesWhite(kGameArea));
   sway.run("[title=\"^A game$\"] fullscreen enable");
@@ -114,7 +114,7 @@ TEST_F(GameOnWayland, ItsCoverFollowsTheSizeOfItsWindow) {
   }));
 }
 
-TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
+TEST_F(GameOnWayland, UserCannotResizeOrCloseTheGameUntilTheLaunchScreenEnds) {
   const auto game = startGame("5");
   ASSERT_TRUE(waitForLine(*game, "controls removed"));
   // Another window has the focus, so the countdown pauses until the first drag focuses the game.
@@ -122,7 +122,7 @@ TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
   sway.run("[title=\"^other$\"] move position 0 0");
   sway.run("[title=\"^A game$\"] border pixel 8");
   ASSERT_TRUE(becomesWhite(kGameArea));
-  // The lower right corner, in the middle of the border of 8 pixels.
+  // A point on the lower right corner of the border.
   const int right = kGameArea.x + kGameArea.width + 4;
   const int bottom = kGameArea.y + kGameArea.height + 4;
   sway.drag(right, bottom, right + 100, bottom);

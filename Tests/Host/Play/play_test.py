@@ -12,7 +12,7 @@ SMALL_SCENARIO = '{"steps": [{"do": "activate"}], "until": 1}'
 
 
 class Plays(unittest.TestCase):
-    def test_standard_input_gives_the_same_trace_as_the_file(self):
+    def test_standard_input_gives_the_same_trace_as_a_file(self):
         file_result = run("play", str(EXAMPLE))
         with EXAMPLE.open() as file:
             input_result = run("play", "-", stdin=file)
@@ -21,7 +21,7 @@ class Plays(unittest.TestCase):
         self.assertEqual(input_result.stdout, file_result.stdout)
         self.assertEqual(input_result.returncode, 0)
 
-    def test_same_scenario_gives_the_same_trace(self):
+    def test_second_play_of_a_scenario_gives_the_same_trace(self):
         self.assertEqual(run("play", str(EXAMPLE)).stdout, run("play", str(EXAMPLE)).stdout)
 
 

@@ -30,7 +30,7 @@ class EventsFileTest : public testing::Test {
   std::string path = testing::TempDir() + "EventsFileTest." + std::to_string(getpid());
 };
 
-TEST_F(EventsFileTest, EventIsALineOfJsonWithNameSecondsAndUtcTime) {
+TEST_F(EventsFileTest, LineIsAJsonObjectWithEventSecondsAndUtcTime) {
   ASSERT_TRUE(EventsFile(path).append("launch_end", 5.6014));
   ASSERT_EQ(lines().size(), 1U);
   const auto event = nlohmann::json::parse(lines()[0]);
@@ -66,7 +66,7 @@ TEST_F(EventsFileTest, AnyNameIsWrittenOnOneLine) {
   EXPECT_EQ(nlohmann::json::parse(lines()[0])["event"], "a\nb\"c\xef\xbf\xbd");
 }
 
-TEST_F(EventsFileTest, FileThatCannotBeOpenedIsAUsageError) {
+TEST_F(EventsFileTest, ConstructorThrowsUsageErrorIfTheFileCannotBeOpened) {
   try {
     EventsFile("/nonexistent/events");
     FAIL() << "the file was opened";

@@ -1,5 +1,5 @@
-// Tests `launchscreen show` in virtual time. The program opens the player window and covers it with
-// a launch screen.
+// Tests `launchscreen show` in virtual time. The program opens a window, the player window, and
+// shows a launch screen over it.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -16,8 +16,8 @@ namespace {
 
 using test::VirtualPlatformTest;
 
-// The items in the scene of the player window: a background and a moving square.
-constexpr std::size_t kPlayerItems = 2;
+// The player window draws a background and a moving square.
+constexpr std::size_t kPlayerItemCount = 2;
 constexpr NSWindowStyleMask kPlayerStyleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
                                                NSWindowStyleMaskMiniaturizable |
                                                NSWindowStyleMaskResizable;
@@ -44,7 +44,7 @@ class ShowSessionTest : public VirtualPlatformTest {
     });
   }
 
-  // Runs the loop until the session has an outcome.
+  // Runs the main run loop until the session has an outcome.
   ShowOutcome runToEnd() {
     NSRunLoop::mainRunLoop().runUntil([this] { return session->update(); });
     return *session->outcome();
@@ -70,7 +70,7 @@ class ShowSessionTest : public VirtualPlatformTest {
 
 // Reports
 
-TEST_F(ShowSessionTest, EveryStepOfAnEmbeddedRunIsReported) {
+TEST_F(ShowSessionTest, ReportsTheProgressOfAnEmbeddedLaunchScreen) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
@@ -85,7 +85,7 @@ TEST_F(ShowSessionTest, EveryStepOfAnEmbeddedRunIsReported) {
             "   3.000 s  uncovered\n");
 }
 
-TEST_F(ShowSessionTest, DismissalImmediatelyRemovesTheCoverOfAWindowWithAContentController) {
+TEST_F(ShowSessionTest, DismissalRemovesTheCoverImmediatelyIfTheWindowHasAContentController) {
   options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -125,7 +125,7 @@ TEST_P(ShowSessionPresentationTest, ModalWindowOrSheetDoesNotRemoveControls) {
             "   2.500 s  event recorded: launch_end\n");
 }
 
-TEST_F(ShowSessionTest, PausedTimeIsNotCounted) {
+TEST_F(ShowSessionTest, CountdownPausesWhileTheWindowIsNotKey) {
   start();
   run(0.55);
   platform.windowSystem().userMovesFocusAway();
@@ -138,7 +138,7 @@ TEST_F(ShowSessionTest, PausedTimeIsNotCounted) {
                                             "  12.050 s  controls restored\n"));
 }
 
-TEST_F(ShowSessionTest, EventNameOfTheOptionsIsRecorded) {
+TEST_F(ShowSessionTest, RecordsTheEventNameFromTheOptions) {
   options.event = "loading_done";
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -156,7 +156,7 @@ TEST_F(ShowSessionTest, EndsAfterTheEventAndTheRemovalOfTheCover) {
   EXPECT_TRUE(session->outcome());
 }
 
-TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
+TEST_F(ShowSessionTest, SkippedSessionEndsWithoutAnEvent) {
   options.mode = "skip";
   start();
   run(0.55);
@@ -176,7 +176,7 @@ TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
 }
 
-TEST_F(ShowSessionTest, DismissesAtTheTimeOfTheSkipAfterOption) {
+TEST_F(ShowSessionTest, SkipAfterOptionSetsTheTimeOfTheDismissal) {
   options.mode = "skip";
   options.skipAfter = 0.25;
   options.presentation = "modal";
@@ -185,7 +185,7 @@ TEST_F(ShowSessionTest, DismissesAtTheTimeOfTheSkipAfterOption) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.250 s  dismissed\n   0.250 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkipModeEndsWithoutAnEventWhenTheTimeIsUp) {
+TEST_F(ShowSessionTest, SkipModeRecordsNoEventEvenIfTheTimeRunsOut) {
   options.mode = "skip";
   options.skipAfter = 60;
   start();
@@ -257,7 +257,7 @@ TEST_F(ShowSessionTest, LibraryRefusesAnEmptyEventName) {
               testing::ElementsAre(testing::EndsWith("Next event name is nil or empty!")));
 }
 
-TEST_F(ShowSessionTest, NegativeDurationReportsThatTheViewControllerIsMissing) {
+TEST_F(ShowSessionTest, SessionFailsIfTheDurationIsNegative) {
   // The library accepts a negative duration but creates no view controller for it.
   options.duration = "-3";
   start();
@@ -302,7 +302,7 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
-TEST_F(ShowSessionTest, PlayerWindowIsCoveredAfterASecondIfItDoesNotBecomeKey) {
+TEST_F(ShowSessionTest, CoversThePlayerWindowAfterASecondIfTheWindowDoesNotBecomeKey) {
   platform.windowSystem().setIgnoresFocusRequests(true);
   start();
   run(0.95);
@@ -311,7 +311,7 @@ TEST_F(ShowSessionTest, PlayerWindowIsCoveredAfterASecondIfItDoesNotBecomeKey) {
   EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
 }
 
-TEST_F(ShowSessionTest, RunFailsIfThePlayerWindowClosesBeforeItBecomesKey) {
+TEST_F(ShowSessionTest, SessionFailsIfThePlayerWindowClosesBeforeItBecomesKey) {
   platform.windowSystem().setIgnoresFocusRequests(true);
   start();
   session->playerWindow()->close();
@@ -329,7 +329,7 @@ TEST_F(ShowSessionTest, CoverIsReportedOnlyWhenItIsOnTheScreen) {
   EXPECT_THAT(out.str(), testing::EndsWith("   3.000 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, RunFailsIfTheCoverIsNeverOnTheScreen) {
+TEST_F(ShowSessionTest, SessionFailsIfTheCoverIsNeverOnTheScreen) {
   platform.windowSystem().setHidesScenes(true);
   start();
   const ShowOutcome outcome = runToEnd();
@@ -339,7 +339,7 @@ TEST_F(ShowSessionTest, RunFailsIfTheCoverIsNeverOnTheScreen) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("covered")));
 }
 
-TEST_F(ShowSessionTest, RunFailsIfItCannotCoverAWindowOfAnotherProgram) {
+TEST_F(ShowSessionTest, SessionFailsIfTheDisplayHasNoWindowsOfOtherPrograms) {
   options.window = 77;  // the ID of a window of another program
   start();
   const ShowOutcome outcome = runToEnd();
@@ -349,16 +349,17 @@ TEST_F(ShowSessionTest, RunFailsIfItCannotCoverAWindowOfAnotherProgram) {
   session->shutDown();  // must not fail without a player window
 }
 
-TEST_F(ShowSessionTest, RunEndsIfTheScreenshotAtHalfOfTheDurationFails) {
+TEST_F(ShowSessionTest, SessionFailsIfTheScreenshotFails) {
   options.screenshotPath = "/nonexistent/picture.png";
   start();
   const ShowOutcome outcome = runToEnd();
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_EQ(outcome.failure, "no screenshot: the player window is not on a screen");
+  // The session takes the screenshot at half of the duration of 2 s.
   EXPECT_DOUBLE_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1);
 }
 
-TEST_F(ShowSessionTest, SkipBeforeTheScreenshotIsReported) {
+TEST_F(ShowSessionTest, SessionFailsIfTheUserSkipsBeforeTheScreenshot) {
   options.mode = "skip";
   options.presentation = "modal";
   options.screenshotPath = "/nonexistent/picture.png";
@@ -380,7 +381,7 @@ TEST_F(ShowSessionTest, ReportsTheControlsThatTheWindowManagerKeeps) {
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, DoesNotReportKeptControlsAfterTheEnd) {
+TEST_F(ShowSessionTest, DoesNotReportKeptControlsAfterTheEndOfTheSession) {
   start();
   runToEnd();
   platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),
@@ -409,7 +410,7 @@ TEST_P(ShowSessionDestroyedPlayerTest, EventIsRecordedIfTheWindowIsDestroyedWhil
                                            "   1.000 s  event recorded: launch_end\n"));
 }
 
-TEST_F(ShowSessionTest, RunFailsIfTheWindowIsDestroyedWhileItIsNotKey) {
+TEST_F(ShowSessionTest, SessionFailsIfTheWindowIsDestroyedWhileItIsNotKey) {
   start();
   run(0.5);
   platform.windowSystem().userMovesFocusAway();
@@ -420,7 +421,7 @@ TEST_F(ShowSessionTest, RunFailsIfTheWindowIsDestroyedWhileItIsNotKey) {
   EXPECT_THAT(outcome.failure, testing::HasSubstr("no event is recorded"));
 }
 
-TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsAFailure) {
+TEST_F(ShowSessionTest, SessionFailsIfTheEventCannotBeWritten) {
   events = std::make_unique<EventsFile>("/dev/full");
   start();
   const ShowOutcome outcome = runToEnd();
@@ -453,28 +454,28 @@ TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
   options.hasIndicator = true;
   options.size = {800, 600};
   start();
-  ASSERT_EQ(player().scene.size(), kPlayerItems + 2);  // the white fill and the indicator
+  ASSERT_EQ(player().scene.size(), kPlayerItemCount + 2);  // the white fill and the indicator
   const SceneItem& indicator = player().scene.back();
   EXPECT_EQ(indicator.kind, SceneItem::Kind::Spinner);
   EXPECT_TRUE(indicator.isAnimated);
   EXPECT_EQ(indicator.frame, CGRectMake(384, 284, 32, 32));
 }
 
-TEST_F(ShowSessionTest, CoverIsWhiteWithoutIndicatorByDefault) {
+TEST_F(ShowSessionTest, CoverIsWhiteAndHasNoIndicatorByDefault) {
   start();
-  ASSERT_EQ(player().scene.size(), kPlayerItems + 1);
+  ASSERT_EQ(player().scene.size(), kPlayerItemCount + 1);
   EXPECT_EQ(player().scene.back().kind, SceneItem::Kind::Fill);
   EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
 }
 
-TEST_F(ShowSessionTest, SquareMovesWhileThePlayerIsCoveredAndAfterwards) {
+TEST_F(ShowSessionTest, SquareMovesDuringAndAfterTheLaunchScreen) {
   options.hasContentController = true;
   start();
   const CGRect firstFrame = squareFrame();
   run(0.5);
   EXPECT_NE(squareFrame(), firstFrame);
   run(1.6);
-  ASSERT_EQ(player().scene.size(), kPlayerItems);
+  ASSERT_EQ(player().scene.size(), kPlayerItemCount);
   const CGRect frameAfterCover = squareFrame();
   run(0.2);
   EXPECT_NE(squareFrame(), frameAfterCover);
@@ -533,7 +534,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ShutDownCase{"DismissedCoverThatIsStillShown", "embedded", false, 2.4}),
     [](const testing::TestParamInfo<ShutDownCase>& testInfo) { return testInfo.param.testName; });
 
-TEST_F(ShowSessionTest, ShutDownAfterTheEndDoesNotDismissAgain) {
+TEST_F(ShowSessionTest, ShutDownAfterTheEndOfTheSessionReportsNothing) {
   start();
   runToEnd();
   const std::string output = out.str();

@@ -1,5 +1,6 @@
-// Tests the layout of a timeline. A mark is a dot with a label beside it. `place` takes the
-// x coordinate of the mark's centre, and the width of the label plus its distance from the mark.
+// Tests the layout of the marks and labels in the picture of a timeline. A mark is a dot. The label
+// is beside the mark. The arguments of `place` are the x coordinate of the mark's centre, and the
+// width of the label plus the distance between mark and label.
 #include <gtest/gtest.h>
 
 #include "Host/Play/Timeline/LabelLayout.h"
@@ -26,13 +27,13 @@ TEST_F(LabelLayoutTest, PutsMarksIntoOneRowIfTheyFit) {
   EXPECT_EQ(layout_.rowCount(), 1U);
 }
 
-TEST_F(LabelLayoutTest, PutsAMarkCloserThanTheGapIntoTheNextRow) {
+TEST_F(LabelLayoutTest, PutsAMarkIntoANewRowIfTheGapIsTooSmall) {
   layout_.place(0, 20);
   EXPECT_EQ(layout_.place(28.9, 20).row, 1U);
   EXPECT_EQ(layout_.rowCount(), 2U);
 }
 
-TEST_F(LabelLayoutTest, PutsMarksAtOnePositionInDifferentRows) {
+TEST_F(LabelLayoutTest, PutsMarksWithTheSameCentreIntoDifferentRows) {
   for (std::size_t row = 0; row < 4; ++row) {
     EXPECT_EQ(layout_.place(50, 10).row, row);
   }
@@ -50,7 +51,7 @@ TEST_F(LabelLayoutTest, PutsALabelLeftOfItsMarkIfTheRightSideHasNoRoom) {
   EXPECT_EQ(layout_.place(48.1, 50).side, Side::Left);
 }
 
-TEST_F(LabelLayoutTest, LabelLeftOfItsMarkDoesNotOverlapItsNeighbour) {
+TEST_F(LabelLayoutTest, LabelOnTheLeftDoesNotOverlapAnotherLabel) {
   layout_.place(50, 20);                     // the mark and its label cover 48 to 72
   EXPECT_EQ(layout_.place(95, 20).row, 1U);  // the label starts at 73
   EXPECT_EQ(layout_.place(95, 10).row, 0U);  // the label starts at 83

@@ -1,4 +1,4 @@
-// Tests what the timeline collects while a scenario is played.
+// Tests the data that a timeline collects while a scenario is played.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -16,7 +16,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The time of a mark in whole milliseconds, and the text of the mark.
+// A mark of the timeline. `time` is in whole milliseconds.
 struct Mark {
   int time = 0;
   std::string text;
@@ -28,7 +28,7 @@ struct Mark {
 
 int milliseconds(Nanoseconds time) { return static_cast<int>(time / 1'000'000); }
 
-// Plays the steps until the time `until`, in seconds. The timeline collects what happens.
+// Plays a scenario that ends after `until` seconds. `timeline` collects the data.
 void playInto(Timeline& timeline, std::string_view steps, double until,
               std::string_view host = "{}") {
   const std::string text = "{\"host\":" + std::string(host) + ",\"steps\":[" + std::string(steps) +
@@ -66,16 +66,14 @@ class TimelineTest : public testing::Test {
   Timeline timeline_;
 };
 
-// Steps that show a launch screen with a countdown of 0.5 s. The countdown has a tick every 0.1 s.
-// It ends at the first tick at which at most 0.1 s is left. Because of rounding, slightly more than
-// 0.1 s is left at the fifth tick, so the countdown ends at the sixth tick, at 0.6 s. The library
-// then dismisses the launch screen. It records the event 0.5 s after the dismissal and removes the
-// launch screen 1 s after the dismissal.
+// Steps that show a launch screen with a countdown of 0.5 s. The countdown ticks every 0.1 s.
+// Because of rounding, it needs a sixth tick. The library dismisses the launch screen at 0.6 s,
+// records the event at 1.1 s and removes the launch screen at 1.6 s.
 constexpr std::string_view kHalfSecondSteps =
     R"({"do":"activate"},{"do":"request","parameters":{"event":"end","max_duration_time":0.5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
-TEST_F(TimelineTest, MarksTheStepsOfTheScriptButNotInspections) {
+TEST_F(TimelineTest, DoesNotMarkAnInspectStep) {
   playInto(timeline_, R"({"do":"activate"},{"at":0.3,"do":"resignKey"},{"do":"inspect"})", 1);
   EXPECT_THAT(marks(TimelineLane::Script),
               ElementsAre(Mark{0, "activate"}, Mark{300, "resignKey"}));
@@ -128,7 +126,7 @@ TEST_F(TimelineTest, MarksADismissalThatTheHostRefuses) {
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{600, "not dismissed"}));
 }
 
-TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
+TEST_F(TimelineTest, HasTheTimeSpansInWhichEachWindowIsKey) {
   playInto(timeline_,
            R"({"at":1,"do":"makeKey","window":"other"},{"at":2,"do":"resignKey"},)"
            R"({"at":3,"do":"makeKey","window":"player"})",

@@ -117,8 +117,7 @@ class Timeline(unittest.TestCase):
             with self.subTest(until=until, duration=duration):
                 parameters = {"event": name, "max_duration_time": duration}
                 last_steps = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
-                # A play of 1000 seconds or more does not present the launch screen, because the
-                # countdown would make this test slow.
+                # A long countdown is slow, so a long play does not present the launch screen.
                 steps = [*(presentation_steps if until < 1000 else ()), *simultaneous_steps, *last_steps]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
@@ -136,12 +135,11 @@ class Timeline(unittest.TestCase):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
-        # The rule "text" sets the default colour of text.
-        filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
-                            if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
+        selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
+                     if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light_scheme, dark_scheme:
             rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
-            for selector in filled_selectors:
+            for selector in selectors:
                 self.assertRegex(rules[selector], r"fill:#\w+")
 
     def test_background_fills_the_picture(self):
