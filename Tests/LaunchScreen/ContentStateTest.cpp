@@ -52,7 +52,7 @@ class SilentListener final
 using Changes = std::vector<ContentListener::Change>;
 
 constexpr auto kNoParameters = "ContentRequest parameters is NIL";
-constexpr auto kNoController = "LaunchScreen view contentController is NIL";
+constexpr auto kNoController = "LaunchScreen view controller is NIL";
 
 class ContentStateTest : public CoverTest {
  protected:
