@@ -11,15 +11,15 @@
 
 namespace vel::host {
 
-/// The exit status if a collection is changed while it is being enumerated. The scenario then stops
-/// early. In a real host, this error would end the process.
+/// The exit status if an NSCollectionMutatedError ends the scenario early. In a real host, the
+/// error would end the process.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
   /// The file with the scenario, or "-" for standard input.
   std::string file;
-  /// The file for the timeline. The timeline is an SVG picture of what happens in the scenario.
-  /// Without a value, no timeline is drawn.
+  /// The file for the timeline, an SVG picture of what happens in the scenario. With
+  /// `std::nullopt`, no timeline is drawn.
   std::optional<std::string> timelinePath = std::nullopt;
 };
 
@@ -30,7 +30,7 @@ struct PlayOptions {
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
 /// Adds the command `play` to the parser `program`. If the command line contains this command, the
-/// parser sets `selectedCommand` to the function that runs it.
+/// parser sets `selectedCommand` to a function that plays the scenario.
 void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

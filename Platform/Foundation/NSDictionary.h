@@ -11,8 +11,7 @@
 
 namespace vel {
 
-/// An immutable dictionary that maps strings to objects. A value may be of any class:
-/// `as<NSString>(value)` returns null if the value is not an NSString.
+/// An immutable dictionary that maps strings to objects of any class.
 class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary"> {
  public:
   using Entries = std::map<std::string, Strong<NSObjectProtocol>, std::less<>>;
@@ -35,7 +34,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
   Entries entries_;
 };
 
-/// The value of a key that is present but set to null, as in JSON.
+/// An object that stands for a null value in an NSDictionary, such as the JSON value `null`.
 class VEL_EXPORT NSNull final : public Class<NSNull, "NSNull"> {
  public:
   static Strong<NSNull> null() { return make<NSNull>(); }

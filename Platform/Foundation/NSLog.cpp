@@ -36,13 +36,13 @@ std::string formatLogLine(std::string_view format, std::initializer_list<NSLogAr
   std::string line;
   const auto* nextArgument = arguments.begin();
   for (std::size_t index = 0; index < format.size(); ++index) {
-    const char specifier = index + 1 < format.size() ? format[index + 1] : '\0';
+    const char nextCharacter = index + 1 < format.size() ? format[index + 1] : '\0';
     if (format[index] != '%') {
       line += format[index];
-    } else if (specifier == '%') {
+    } else if (nextCharacter == '%') {
       line += '%';
       ++index;
-    } else if ((specifier == '@' || specifier == 's' || specifier == 'u') &&
+    } else if ((nextCharacter == '@' || nextCharacter == 's' || nextCharacter == 'u') &&
                nextArgument != arguments.end()) {
       line += textOf(*nextArgument++);
       ++index;
@@ -74,7 +74,7 @@ void writeToStandardSink(std::string_view line) {
   output += '[' + std::to_string(processId()) + ':' + std::to_string(threadId()) + "] ";
   output += line;
   output += '\n';
-  // One call for the whole line, so that the lines of several threads do not mix.
+  // Write the line in one call, so that lines from different threads do not mix.
   std::fwrite(output.data(), 1, output.size(), stderr);
 }
 

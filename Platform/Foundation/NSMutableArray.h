@@ -19,8 +19,8 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 };
 
 /// A growable ordered array of objects. A range-based `for` loop over the array throws
-/// `NSCollectionMutatedError` if its body changes the array, even at the last element. An operation
-/// that has no effect is not a change. Only one thread at a time may use an array.
+/// `NSCollectionMutatedError` if the loop body changes the array, even in the last iteration. Only
+/// one thread at a time may use an array.
 ///
 /// In an Objective-C++ file that includes the system's AppKit, write `vel::NSMutableArray`. Without
 /// `vel::`, GCC uses the Objective-C class.
@@ -64,12 +64,12 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   void removeAllObjects() {
     if (!objects_.empty()) {
       ++mutationCount_;
-      // Keeps the objects alive until the array is empty, because their destructors may use it.
+      // Keeps the objects alive until the array is empty: their destructors may use the array.
       const std::vector<Strong<T>> objects = std::exchange(objects_, {});
     }
   }
 
-  /// The end of an iteration, for comparison with an iterator.
+  /// The sentinel that `end` returns.
   struct End {};
 
   /// `operator*` returns a strong reference, which keeps the element alive in the loop's body.

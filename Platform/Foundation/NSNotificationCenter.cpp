@@ -74,19 +74,19 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
     return;
   }
   auto entry = topic->entries.begin();
-  // The loop below ends at `lastEntry`, so it does not reach entries that are added during the
-  // post.
+  // Entries that are added during this post come after `lastEntry`. The loop below ignores
+  // them.
   const auto lastEntry = std::prev(topic->entries.end());
-  struct PostScope : NonCopyable {
-    explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }
-    ~PostScope() {
+  struct RunningPost : NonCopyable {
+    explicit RunningPost(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }
+    ~RunningPost() {
       if (--center.runningPosts_ == 0 && center.hasRemovedEntries_) {
         const std::scoped_lock centerLock(center.mutex_);
         center.eraseRemovedEntries();
       }
     }
     NSNotificationCenter& center;
-  } const scope(*this);
+  } const runningPost(*this);
   lock.unlock();
 
   const NSObject* const objectAddress = object.get();

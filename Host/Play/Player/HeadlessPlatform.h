@@ -6,10 +6,10 @@
 
 namespace vel::host {
 
-/// The constructor starts `NSApp` on a headless window system and gives the main run loop a virtual
-/// clock, which starts at 0. The destructor closes all windows, removes all scheduled work and
-/// resets the default configuration of the library. Only one HeadlessPlatform may exist at a time.
-/// Use it only on the main thread.
+/// Runs the platform layer without a display. The constructor starts `NSApp` on a headless window
+/// system and gives the main run loop a virtual clock, which starts at 0. The destructor shuts down
+/// the platform layer and resets the default LaunchScreenConfiguration. Only one HeadlessPlatform
+/// may exist at a time. Use it only on the main thread.
 class HeadlessPlatform : private NonCopyable {
  public:
   /// Sets the operating system version of NSProcessInfo to `version`. The destructor restores the

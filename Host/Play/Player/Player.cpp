@@ -55,11 +55,9 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // Destroy the view delegate first. Otherwise the code below can notify the delegate, and its
-  // handler then reports trace lines.
+  // The calls below can call the view delegate, which would report trace lines.
   viewDelegate_ = nullptr;
-  // A LaunchScreenContent and its view controller own each other until `deactivate` is called on
-  // the content or on the view controller.
+  // A LaunchScreenContent and its view controller own each other until one of them is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
@@ -67,8 +65,8 @@ Player::~Player() {
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
-    // A cover (a LaunchScreenViewController) owns its window until the cover is removed. This call
-    // removes the cover, if there is one.
+    // Removes the window's cover (a LaunchScreenViewController). The cover would keep the window
+    // alive.
     window->setContentViewController(nullptr);
   }
 }

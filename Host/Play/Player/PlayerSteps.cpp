@@ -38,8 +38,8 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& newScript)
           }
         });
   }
-  // The main content can still notify its delegate after the manager has released it. Therefore
-  // do not use `manager_->content()`, which is null then.
+  // After the manager has released the main content, `manager_->content()` is null, but the main
+  // content can still call its delegate.
   send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
@@ -58,8 +58,6 @@ Strong<LaunchScreenViewController> Player::controller() const {
   return as<LaunchScreenViewController>(
       send(manager_->content(), &LaunchScreenContent::viewController));
 }
-
-// Operations of the manager
 
 void Player::perform(const step::Activate& action) {
   const bool result = manager_->activate(action.hasBroker ? broker_ : nullptr);
@@ -126,8 +124,6 @@ void Player::perform(const step::Send& action) {
   }
 }
 
-// The configuration
-
 void Player::perform(const step::Configure& action) {
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
   if (action.skipMode) {
@@ -150,8 +146,6 @@ void Player::perform(const step::ReplaceConfiguration& /*action*/) {
 }
 
 void Player::perform(const step::ViewDelegate& action) { setViewDelegate(action.script); }
-
-// Windows and the application
 
 void Player::perform(const step::OpenWindow& action) {
   windows_.push_back(openWindow(action.script));
@@ -199,8 +193,8 @@ void Player::perform(const step::DismissOver& /*action*/) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();
     if (sheetController->view()->window() != nullptr) {
-      // If the launch screen's view controller dismissed the sheet, its delegates could refuse the
-      // dismissal.
+      // Do not call `controller()->dismissViewController`: the delegates of the launch screen's
+      // view controller could refuse the dismissal.
       sheetController->dismissViewController(sheetController);
       return;
     }

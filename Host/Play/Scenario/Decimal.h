@@ -4,7 +4,7 @@
 
 namespace vel::host {
 
-/// Returns the shortest decimal number whose conversion to a double gives `number`.
+/// Returns the shortest decimal text that converts back to exactly `number`.
 [[nodiscard]] std::string shortestDecimal(double number);
 
 }  // namespace vel::host

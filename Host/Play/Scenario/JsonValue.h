@@ -20,13 +20,12 @@ using JsonPointer = nlohmann::json::json_pointer;
 
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
-/// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
-/// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue`
-/// describes a valid value for the error message.
+/// A function that reads the value throws a ScenarioError if the value is missing, has the wrong
+/// type or is out of range. The error message contains the parameter `expectedValue`, a description
+/// of a valid value.
 class JsonValue {
  public:
-  /// `json` is null if the value is missing. Error messages contain `pointer`, the path to the
-  /// value.
+  /// `json` is a null pointer if the value is missing. `pointer` is the path to the value.
   JsonValue(const nlohmann::json* json, JsonPointer pointer)
       : json_(json), pointer_(std::move(pointer)) {}
 
@@ -34,8 +33,7 @@ class JsonValue {
   /// True for the JSON value `null`. False if the value is missing.
   [[nodiscard]] bool isNull() const { return isPresent() && json_->is_null(); }
   [[nodiscard]] const JsonPointer& pointer() const { return pointer_; }
-  /// Throws a ScenarioError whose message contains the path to this value and `expectedValue`, a
-  /// description of a valid value.
+  /// Throws a ScenarioError whose message contains the path to this value and `expectedValue`.
   [[noreturn]] void throwInvalid(std::string_view expectedValue) const;
 
   [[nodiscard]] bool boolean() const;
@@ -50,8 +48,8 @@ class JsonValue {
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// Returns the elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expectedValue) const;
-  /// Reads a string and returns the table entry whose name is the string. Throws a ScenarioError if
-  /// the table has no such entry.
+  /// Reads a string and returns the entry of `table` that has this string as its name. Throws a
+  /// ScenarioError if no entry has this name.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryIn(const NamedValue<Value> (&table)[Size]) const;
   /// Returns the value of the entry that `entryIn` returns.
@@ -76,7 +74,7 @@ class JsonMembers {
   /// `expectedValue`, a description of a valid value.
   JsonMembers(JsonValue object, std::string_view expectedValue);
 
-  /// Returns the value of the member with this name. The value may be missing.
+  /// Returns the value of the member `name`. The value may be missing.
   [[nodiscard]] JsonValue operator[](std::string_view name);
 
   /// Reads the member `name` into `target` if the member is present, for example:

@@ -1,5 +1,5 @@
-// A scenario describes a host application and a list of steps. The host or its user performs each
-// step at a given time. "The manager" is the host's LaunchScreenManager.
+// A scenario describes a host application and a list of steps, each at a given time. "The manager"
+// is the host's LaunchScreenManager.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,7 @@ struct WindowScript {
   std::optional<std::string> parent = std::nullopt;
 };
 
-/// The operations of the host's view delegate, in the order of the protocol ContentViewDelegate.
+/// The operations of the protocol ContentViewDelegate, in the protocol's order.
 enum class ViewOperation : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
 inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
@@ -41,17 +41,22 @@ inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
     {"contentViewDidDisappear:", ViewOperation::DidDisappear},
 };
 
-/// The host's view delegate: its operations and their behaviour.
+/// Describes the host's view delegate, a ContentViewDelegate.
 struct ViewDelegateScript {
+  /// The operations to which the delegate responds: one bit for each `ViewOperation`.
   OperationSet operations{0b111};  // all operations
+  /// The return value of the operation `CanDisappear`.
   bool canDisappear = true;
-  /// The operation during which the delegate deactivates the manager.
+  /// The delegate deactivates the manager during this operation.
   std::optional<ViewOperation> deactivateDuring;
 };
 
-/// The kind of the host's resolver delegate. An undeclared delegate has the operation of the
-/// protocol ContentResolverDelegate but does not adopt the protocol.
-enum class ResolverDelegateKind : std::uint8_t { None, Conforming, Undeclared };
+/// The kind of the host's resolver delegate.
+enum class ResolverDelegateKind : std::uint8_t {
+  None,        ///< the host has no resolver delegate
+  Conforming,  ///< the delegate adopts the protocol ContentResolverDelegate
+  Undeclared   ///< the delegate has the protocol's operation but does not adopt the protocol
+};
 
 inline constexpr NamedValue<ResolverDelegateKind> kResolverDelegates[] = {
     {"conforming", ResolverDelegateKind::Conforming},
@@ -65,16 +70,19 @@ struct HostScript {
   NSOperatingSystemVersion osVersion{10, 14, 0};
 };
 
-/// Names a content of the manager. The main content is the launch screen. The manager makes a
-/// temporary content for a request that arrives while a launch screen is shown.
-enum class ContentName : std::uint8_t { Main, Temporary };
+/// The names of the manager's contents.
+enum class ContentName : std::uint8_t {
+  Main,      ///< the launch screen
+  Temporary  ///< holds a request that arrives while a launch screen is shown
+};
 
 inline constexpr NamedValue<ContentName> kContentNames[] = {
     {"main", ContentName::Main},
     {"temporary", ContentName::Temporary},
 };
 
-/// The thread that performs a step. The main thread is the default and has no name in a scenario.
+/// The thread that performs a step. A scenario names only the background thread. The main thread is
+/// the default.
 enum class StepThread : std::uint8_t { Main, Background };
 
 inline constexpr NamedValue<StepThread> kStepThreads[] = {{"background", StepThread::Background}};
@@ -89,7 +97,7 @@ inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
     {"content", DismissalPath::Content},
 };
 
-/// The operations that a `Send` step can call.
+/// The operations that `step::Send` can call.
 enum class SentOperation : std::uint8_t {
   // Operations of the manager
   SendAnalyticsEvent,
@@ -127,18 +135,18 @@ struct Activate {
 };
 /// The host requests content from the manager.
 struct Request {
-  /// Without a value, the host passes a null request. With a null dictionary, the host passes a
+  /// With `std::nullopt`, the host passes a null request. With a null dictionary, the host passes a
   /// request whose parameters are null.
   std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;
 };
-/// The host gets the view of a content from the manager.
+/// The host asks the manager for the view of a content.
 struct ContentView {
   ContentName content = ContentName::Main;
 };
 /// The host presents a content for a window.
 struct Present {
-  /// The name of the window. Without a value, the host passes a null window.
+  /// The name of the window. With `std::nullopt`, the host passes a null window.
   std::optional<std::string> window;
   /// Mode 0 covers the window, mode 2 opens a modal window, and any other mode opens a sheet.
   std::int32_t mode = 0;
@@ -190,6 +198,7 @@ struct ResignKey {};
 struct DeactivateApp {};
 /// The user activates the application.
 struct ActivateApp {};
+/// The host ends the newest modal session.
 struct StopModal {};
 /// The launch screen's view controller presents a new NSViewController as a sheet.
 struct PresentOver {};
@@ -198,7 +207,7 @@ struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;
 };
-/// Reports the current state of the library.
+/// Prints the current state of the library.
 struct Inspect {};
 
 }  // namespace step
@@ -215,7 +224,8 @@ struct Step {
   /// The time since the start of the scenario. It is never earlier than the time of the previous
   /// step.
   Nanoseconds time = 0;
-  /// The name of the action in the scenario. The `string_view` refers to a string literal.
+  /// The action's name in the scenario, for example "stopModal". The `string_view` refers to a
+  /// string literal.
   std::string_view name;
   StepAction action;
 };
@@ -227,8 +237,8 @@ struct Scenario {
   Nanoseconds end = 0;
 };
 
-/// A `Present` or `PresentOver` step can open a window. The name of this window is one of these
-/// prefixes and a number: the first sheet is "sheet-1".
+/// The names of modal windows and sheets begin with these prefixes. A number follows: the first
+/// sheet is "sheet-1".
 inline constexpr std::string_view kModalWindowPrefix = "modal-";
 inline constexpr std::string_view kSheetPrefix = "sheet-";
 
