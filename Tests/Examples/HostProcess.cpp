@@ -16,12 +16,15 @@ HostProcess::HostProcess(const std::vector<std::string>& arguments, const std::s
   if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  process_ = Process(arguments, display, {.output = pipeEnds[1]});
+  process_ = Process(arguments, display, {.output = pipeEnds[1], .errors = STDERR_FILENO});
   close(pipeEnds[1]);
   outputDescriptor_ = pipeEnds[0];
 }
 
-HostProcess::~HostProcess() { close(outputDescriptor_); }
+HostProcess::~HostProcess() {
+  process_.kill();
+  close(outputDescriptor_);
+}
 
 const std::vector<std::string>& HostProcess::lines() {
   pollfd pollEntry{outputDescriptor_, POLLIN, 0};

@@ -18,6 +18,7 @@ class HostProcess : NonCopyable {
   /// Starts the program `arguments[0]` with DISPLAY set to `display`. If `display` is empty, the
   /// program finds no X display.
   explicit HostProcess(const std::vector<std::string>& arguments, const std::string& display = "");
+  /// Kills the example.
   ~HostProcess();
 
   /// The complete lines that the example has printed so far. Does not wait.

@@ -49,8 +49,15 @@ AppKitEnvironment::AppKitEnvironment() {
   if (mkdtemp(name.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), "mkdtemp");
   }
-  home_ = name;
+  folder_ = name;
   setenv("HOME", name.c_str(), 1);
+  // GNUstep ignores HOME: it asks the system for the home folder of the user. Only its
+  // configuration can name other folders for the user's settings and services.
+  const std::filesystem::path configuration = folder_ / "GNUstep.conf";
+  std::filesystem::copy_file("/etc/GNUstep/GNUstep.conf", configuration);
+  std::ofstream(configuration, std::ios::app)
+      << "\nGNUSTEP_USER_DEFAULTS_DIR=" << name << "\nGNUSTEP_USER_DIR_LIBRARY=" << name << '\n';
+  setenv("GNUSTEP_CONFIG_FILE", configuration.c_str(), 1);
   // GNUstep programs with the same TEMP share one daemon. Tests that run at the same time must not
   // share the daemon.
   setenv("TEMP", name.c_str(), 1);
@@ -69,8 +76,9 @@ AppKitEnvironment::~AppKitEnvironment() {
     }
   }
   unsetenv("TEMP");
+  unsetenv("GNUSTEP_CONFIG_FILE");
   std::error_code ignored;
-  std::filesystem::remove_all(home_, ignored);
+  std::filesystem::remove_all(folder_, ignored);
 }
 
 }  // namespace vel::test
