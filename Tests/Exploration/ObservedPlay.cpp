@@ -12,7 +12,7 @@ namespace vel::exploration {
 namespace {
 
 constexpr Nanoseconds kTenthOfSecond = kNanosecondsPerSecond / 10;
-// Longer than the countdown and all delayed work that can follow it.
+// Longer than the countdown plus all delayed work after it.
 constexpr Nanoseconds kTimeUntilNoWorkIsLeft = 5 * kNanosecondsPerSecond;
 
 Sample sampleOf(const LaunchScreenManager& manager) {
@@ -52,13 +52,13 @@ ObservedPlay::ObservedPlay(const ParsedSetting& parsedSetting,
     hostWindows_.push_back(names_.window(window.name));
   }
   if (!hostWindows_.empty()) {
-    // `player_` has made the first window key.
+    // `player_` has made the first window the key window.
     history_.keyOrder.push_back(hostScript().windows.front().name);
   }
 }
 
 ObservedPlay::~ObservedPlay() {
-  // A temporary content and its controller keep each other alive until the content is deactivated.
+  // A temporary content and its controller own each other until the content is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
@@ -75,7 +75,7 @@ void ObservedPlay::perform(std::uint8_t action) {
     return window->styleMask() == originalStyle(*window);
   });
   if (hasOriginalStyles && isUncovered(*this) && !canEarlierCoverChangeStyle(*this)) {
-    // No style is wrong, and only a later step can cause a wrong style.
+    // No earlier step can cause a wrong style any more.
     history_.styleExceptions.reset();
   }
 }
@@ -84,8 +84,7 @@ void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
   play({.time = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
   scriptTime_ += kTimeUntilNoWorkIsLeft;
-  // The player runs the loop until the time of a step before it performs the step. `Inspect` itself
-  // changes nothing.
+  // `play` runs the loop until `scriptTime_`. `Inspect` itself changes nothing.
   play({.time = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::CheckTime::End);
 }
@@ -120,8 +119,6 @@ NSWindowStyleMask ObservedPlay::originalStyle(const NSWindow& window) const {
   return hostScript().windows[index].styleMask;
 }
 
-// What happens during the play
-
 void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
   checkMoment(&line.event);
   std::visit([this](const auto& event) { record(event); }, line.event);
@@ -130,7 +127,6 @@ void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
 void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
   checkMoment(nullptr);
   collectObjects();
-  // These members cover only the time until the next play state.
   history_.timeLeft = currentSample_.timeLeft;
   history_.wasCounting = currentSample_.isCounting;
   history_.step = {};
@@ -202,8 +198,7 @@ void ObservedPlay::record(const host::trace::LifeCycleCall& /*call*/) {
   ++history_.lifeCycleCallCount;
 }
 
-// Returns the expected result of `LaunchScreenManager::isRequiredWindow`. Does not call that
-// function, because the invariants check the manager.
+// Returns the expected result of `LaunchScreenManager::isRequiredWindow`.
 bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> coverWindow = send(send(cover, &NSViewController::view), &NSView::window);
@@ -218,7 +213,7 @@ bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
       (isPlayer(window) || isPlayer(window->parentWindow()))) {
     return true;
   }
-  // The manager also compares class names, so any cover in the window makes the window required.
+  // The manager also compares only the class names of child controllers.
   const auto children =
       send(window->contentViewController(), &NSViewController::childViewControllers);
   return window == coverWindow ||
@@ -227,8 +222,7 @@ bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
          });
 }
 
-// Updates `keyOrder` and `shouldBeUnfocused`. The manager is notified of the change later, so
-// `currentSample_` is the state of the manager before the change.
+// The manager is notified of the change later, so `currentSample_` is the state before the change.
 void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);
@@ -243,8 +237,7 @@ void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
     history_.shouldBeUnfocused = history_.shouldBeUnfocused && !isRequired(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {
-    // When the consent dialog stops being key, the manager becomes focused if the cover has a
-    // window.
+    // A manager whose cover has a window becomes focused when the consent dialog stops being key.
     history_.shouldBeUnfocused =
         history_.shouldBeUnfocused &&
         send(send(cover, &NSViewController::view), &NSView::window) == nullptr;

@@ -76,7 +76,7 @@ std::size_t indexOf(const T* controller, const Controllers& controllers) {
       controllers.begin());
 }
 
-void addWork(StateKeyBuilder& key) {
+void addPendingWork(StateKeyBuilder& key) {
   for (const DispatchQueue::PendingWork& work : dispatch_get_main_queue().pendingWork()) {
     key << work.deadline - ObservedPlay::time() << std::string(work.label);
   }
@@ -151,7 +151,7 @@ void addHistory(StateKeyBuilder& key, const ObservedPlay& play) {
   const History& history = play.history();
   key << history.hasRequestOutsideSkipMode << history.shouldBeUnfocused
       << history.recordedEventCount;
-  // After the event has been recorded, no invariant depends on `sendTime`.
+  // No invariant depends on `sendTime` after an event has been recorded.
   if (history.sendTime && history.recordedEventCount == 0) {
     key << *history.sendTime - ObservedPlay::time();
   }
@@ -167,7 +167,7 @@ std::string stateKey(const ObservedPlay& play) {
     key << timer->isValid() << timer->fireDate() - ObservedPlay::time();
   }
   key << NSNotificationCenter::defaultCenter().registrationCount(play.manager().get());
-  addWork(key);
+  addPendingWork(key);
   addWindows(key, play);
   addCovers(key, play);
   addHistory(key, play);

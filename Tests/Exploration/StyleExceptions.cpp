@@ -33,7 +33,6 @@ bool hasEveryBit(const ObservedPlay& /*play*/, const NSWindow& window) {
   return window.styleMask() == kNoSavedStyle;
 }
 
-// The controller that a `Present` step presents, and the window over which the step presents it.
 struct Presentation {
   bool isEmbedded = false;
   Strong<NSWindow> window;
@@ -52,8 +51,8 @@ std::optional<Presentation> presentationOf(const ObservedPlay& play, const host:
                       .controller = controller};
 }
 
-// If the controller's `appWindow` is not null before the step, it is the window of the latest
-// embedded presentation.
+// Before the step, the controller's `appWindow` is null or the window of its latest embedded
+// presentation.
 bool presentsInAnotherMode(const ObservedPlay& play, const host::Step& step) {
   const auto presentation = presentationOf(play, step);
   return presentation && !presentation->isEmbedded &&
@@ -115,7 +114,7 @@ constexpr StyleException kStyleExceptions[] = {
     // window.
     {"an embedded cover presented again, over another window", &presentsOverAnotherWindow,
      &isWithoutControls},
-    // A controller saves a style only once. It gives the second window the style of the first
+    // A controller saves a style only once. So the second window gets the style of the first
     // window.
     {"a second window of a controller that has saved the style of its first window",
      &presentsWithSavedStyleOfAnotherWindow, &hasStyleOfAnotherWindow},

@@ -1,4 +1,4 @@
-// explore [--depth N]: plays every script of up to N actions and checks the invariants.
+// explore [--depth N]: checks the invariants in every state that up to N actions can reach.
 #include <charconv>
 #include <iostream>
 #include <string_view>

@@ -1,4 +1,4 @@
-// Calls on an object that may be null.
+// `send` calls an operation of an object that may be null.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -44,7 +44,7 @@ class Goalkeeper final : public Class<Goalkeeper, "Goalkeeper", Player> {};
 
 const Strong<Player> kNull;
 
-TEST(MessageTest, CallsTheOperation) {
+TEST(MessageTest, SendCallsTheOperation) {
   const auto player = make<Player>();
   EXPECT_EQ(send(player, &Player::points), 7);
   EXPECT_EQ(send(player, &Player::sum, 2, 3), 5);
@@ -52,7 +52,7 @@ TEST(MessageTest, CallsTheOperation) {
   EXPECT_NE(player->partner(), nullptr);
 }
 
-TEST(MessageTest, CallsAnInheritedOperation) {
+TEST(MessageTest, SendCallsAnInheritedOperation) {
   EXPECT_EQ(send(make<Goalkeeper>(), &Player::points), 7);
 }
 
@@ -67,18 +67,18 @@ TEST(MessageTest, ACallOnNullReturnsTheZeroValueOfTheResultType) {
   EXPECT_TRUE(send(kNull, &Player::rivals).empty());
 }
 
-TEST(MessageTest, ACallOnNullDoesNothing) {
+TEST(MessageTest, ACallOnNullDoesNotRunTheOperation) {
   bool isCalled = false;
   send(kNull, &Player::act, [&isCalled] { isCalled = true; });
   EXPECT_FALSE(isCalled);
 }
 
-TEST(MessageTest, TheResultOfACallOnNullMayBeTheNextReceiver) {
+TEST(MessageTest, ANullResultMayBeTheNextReceiver) {
   EXPECT_EQ(send(send(kNull, &Player::partner), &Player::points), 0);
   EXPECT_EQ(send(send(make<Player>(), &Player::partner), &Player::points), 0);
 }
 
-TEST(MessageTest, KeepsTheReceiverAliveDuringTheCall) {
+TEST(MessageTest, SendKeepsTheReceiverAliveDuringTheCall) {
   auto player = make<Player>();
   const Weak<Player> weakReference = player;
   bool isAliveDuringCall = false;

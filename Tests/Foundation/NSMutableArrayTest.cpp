@@ -12,8 +12,7 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor. Guests with the same name
-/// are not equal.
+/// Runs `onDestruction` in its destructor. Guests with the same name are not equal.
 class Guest final : public Class<Guest, "Guest"> {
  public:
   explicit Guest(std::string name, std::function<void()> onDestruction = nullptr)
@@ -40,8 +39,7 @@ class NSMutableArrayTest : public testing::Test {
     }
   }
 
-  // Records the names of the guests in a loop. When the loop visits the guest called `name`, it
-  // also runs `work`.
+  // Appends the name of each guest to `visitedNames`. Runs `work` at the guest called `name`.
   void iterate(const std::string& name = "", const std::function<void()>& work = nullptr) {
     for (const Strong<Guest>& guest : *guests) {
       visitedNames.push_back(guest->name());
@@ -79,12 +77,12 @@ TEST_F(NSMutableArrayTest, FindsTheFirstEqualObject) {
   EXPECT_TRUE(strings->containsObject(NSString::stringWithUTF8String("a").get()));
 }
 
-TEST_F(NSMutableArrayTest, DoesNotFindAnObjectThatItDoesNotContain) {
+TEST_F(NSMutableArrayTest, DoesNotFindANewObjectOrNull) {
   EXPECT_EQ(guests->indexOfObject(make<Guest>("Ann").get()), std::nullopt);
   EXPECT_FALSE(guests->containsObject(nullptr));
 }
 
-TEST_F(NSMutableArrayTest, RemovingAnObjectMovesLaterObjectsForward) {
+TEST_F(NSMutableArrayTest, RemovingAnObjectDecrementsTheIndicesOfLaterObjects) {
   guests->removeObjectAtIndex(1);
   EXPECT_EQ(guests->count(), 2u);
   EXPECT_EQ(guests->objectAtIndex(1)->name(), "Cid");

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests the reports and the end of `launchscreen show`."""
+"""Tests what `launchscreen show` reports, and how it ends."""
 
 import os
 import subprocess
@@ -9,8 +9,8 @@ from program import TIMEOUT, start
 from show import LOG_PREFIX, reports, running_show, show
 
 
-# These arguments shorten a test. A modal launch screen closes as soon as the library dismisses it.
-# An embedded launch screen may stay for another second.
+# A modal launch screen closes when the library dismisses it. An embedded launch screen may close a
+# second later, which would make a test longer.
 MODAL_ARGUMENTS = ["--present", "modal"]
 
 
@@ -67,7 +67,7 @@ class Endings(unittest.TestCase):
                 )
                 self.assertTrue(result.stderr.endswith(f" mode: {mode}\n"))
 
-    def test_run_with_option_skip_after_ends_without_an_event(self):
+    def test_no_event_is_recorded_if_option_skip_after_ends_the_run(self):
         result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(reports(result.stdout)[-2:], ["dismissed", "uncovered"])
@@ -86,9 +86,8 @@ class Endings(unittest.TestCase):
                 reports(process.received_output.decode())[-2:], ["dismissed", "uncovered"]
             )
 
-    def test_enter_key_does_nothing_in_forced_mode(self):
-        # Without `stdin=None`, `show` passes /dev/null as `stdin`, and `subprocess` refuses `stdin`
-        # together with `input`.
+    def test_enter_key_does_nothing_without_skip_mode(self):
+        # `subprocess` refuses `input` together with `stdin`. By default, `stdin` is /dev/null.
         result = show("--duration", "0.3", *MODAL_ARGUMENTS, stdin=None, input="\n\n")
         self.assertEqual(result.returncode, 0)
         self.assertIn("event recorded", result.stdout)

@@ -35,7 +35,7 @@ class Refusals(unittest.TestCase):
             "launchscreen: the launch screen cannot be shown: LaunchScreen view controller is NIL\n",
         )
 
-    def test_sheet_without_content_controller_is_reported(self):
+    def test_sheet_without_content_controller_is_refused(self):
         result = show("--present", "sheet")
         self.assertEqual(result.returncode, 1)
         self.assertIn("--content-controller", result.stderr.splitlines()[-1])
@@ -45,7 +45,7 @@ class Refusals(unittest.TestCase):
             ["show", "--size", "big"],
             ["show", "--skip-after", "1"],  # needs --mode skip
             ["show", "--events", "/nonexistent/events"],
-            [],
+            [],  # no command
         ):
             with self.subTest(arguments):
                 result = run(*arguments)

@@ -14,7 +14,7 @@ from program import TIMEOUT, start
 
 
 class Terminal:
-    """A terminal with `launchscreen show` as its foreground job. Discards the standard error."""
+    """A terminal in which `launchscreen show` runs. The program's standard error is discarded."""
 
     def __init__(self, *arguments, columns=80):
         self.master, slave = pty.openpty()
@@ -62,7 +62,7 @@ class Terminal:
 
 
 class TerminalLine(unittest.TestCase):
-    def test_run_uses_only_one_line_of_the_terminal(self):
+    def test_output_uses_only_one_line_of_the_terminal(self):
         with Terminal("--duration", "0.5", columns=100) as terminal:
             self.assertEqual(terminal.wait_for_end(), 0)
             self.assertEqual(terminal.output.count("\n"), 1)
@@ -91,7 +91,7 @@ class TerminalLine(unittest.TestCase):
             self.assertEqual(terminal.wait_for_end(), 0)
         self.assertRegex(terminal.output, r"dismissed, uncovered *\r\n\Z")
 
-    def test_run_uses_only_one_line_of_a_narrow_terminal(self):
+    def test_output_uses_only_one_line_of_a_narrow_terminal(self):
         with Terminal("--duration", "0.2", columns=30) as terminal:
             self.assertEqual(terminal.wait_for_end(), 0)
         self.assertEqual(terminal.output.count("\n"), 1)

@@ -15,7 +15,6 @@ constexpr PixelRect kPlayerArea{262, 224, 500, 320};  // in the middle of the sc
 
 class WaylandShow : public testing::Test {
  protected:
-  /// Starts the program on the compositor.
   [[nodiscard]] Process start(const std::vector<std::string>& options) const {
     std::vector<std::string> command{
         "env", "WAYLAND_DISPLAY=" + sway.display(), LAUNCHSCREEN, "show", "--size", "500x320"};
@@ -44,6 +43,7 @@ TEST_F(WaylandShow, ShowUsesWaylandIfTheDisplayOptionIsMissing) {
 
 TEST_F(WaylandShow, AModalWindowShowsTheLaunchScreen) {
   Process program = start({"--display", "wayland", "--duration", "3", "--present", "modal"});
+  // The modal window is in the middle of the screen.
   EXPECT_TRUE(eventually([this] { return sway.picture({512, 384, 1, 1}).isAll(kWhite); }));
   EXPECT_NE(sway.picture(kPlayerArea).at(0, 0), kWhite);  // the modal window is smaller
   EXPECT_EQ(program.wait(), 0);

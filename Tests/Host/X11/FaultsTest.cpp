@@ -1,4 +1,4 @@
-// Faults on the display while `launchscreen show` runs.
+// Faults and signals while `launchscreen show` runs, and windows and displays that it refuses.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -23,8 +23,8 @@ class X11ShowFaults : public X11Test {
   explicit X11ShowFaults(Manager xwaylandCompositor = Manager::None)
       : X11Test(xwaylandCompositor) {}
 
-  /// Starts the window manager, unless it is None, and opens the game's window. Then starts
-  /// `launchscreen show` over this window, and waits until the window is white.
+  /// Opens the game's window, covers it with `launchscreen show`, and waits until the window is
+  /// white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
     game = client.openGameWindow(kGameFrame, kGreen);
@@ -35,8 +35,7 @@ class X11ShowFaults : public X11Test {
     ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
     ASSERT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   }
-  /// Waits until the game has the focus.
-  bool waitForFocus() {
+  bool gameGetsFocus() {
     return eventually([this] { return client.focusedWindow() == game; });
   }
   void expectRestored() {
@@ -49,25 +48,26 @@ class X11ShowFaults : public X11Test {
 };
 
 /// Each test runs on an X server without a window manager, and on the Xwayland of each compositor.
-class X11ShowFaultsOnXwayland : public X11ShowFaults, public testing::WithParamInterface<Manager> {
+class X11ShowFaultsOnEachServer : public X11ShowFaults,
+                                  public testing::WithParamInterface<Manager> {
  protected:
-  X11ShowFaultsOnXwayland() : X11ShowFaults(GetParam()) {}
+  X11ShowFaultsOnEachServer() : X11ShowFaults(GetParam()) {}
 };
 
-TEST_P(X11ShowFaultsOnXwayland, DestroyingTheCoveredWindowEndsTheLaunchScreen) {
+TEST_P(X11ShowFaultsOnEachServer, DestroyingTheGamesWindowEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
-  ASSERT_TRUE(waitForFocus());
+  ASSERT_TRUE(gameGetsFocus());
   client.destroy(game);
-  // The event is recorded only because the window had the focus when it was destroyed.
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
+  // Without the focus before the destruction, no event would be recorded.
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
   EXPECT_THAT(show->output(), Not(HasSubstr("X11:")));  // the prefix of an X error
 }
 
-TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
+TEST_F(X11ShowFaults, MiniaturizingTheGamesWindowPausesTheCountdown) {
   cover(Manager::Metacity, {"--duration", "5"});
-  ASSERT_TRUE(waitForFocus());
+  ASSERT_TRUE(gameGetsFocus());
   client.requestIconify(game);
   EXPECT_TRUE(show->waitForOutput("paused: not in front")) << show->output();
   client.map(game);
@@ -106,7 +106,7 @@ TEST_F(X11ShowFaults, ShowReportsTheControlsThatANewWindowManagerKeeps) {
 }
 
 // The test acts as the window manager. The modal window stays unmapped until the test maps it.
-class X11ShowUnmapped : public X11ShowFaults {
+class X11ShowUnmappedModal : public X11ShowFaults {
  protected:
   void SetUp() override {
     client.selectEvents(client.root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
@@ -123,7 +123,7 @@ class X11ShowUnmapped : public X11ShowFaults {
   xcb_window_t modal = 0;
 };
 
-TEST_F(X11ShowUnmapped, ShowReportsTheCoverOnlyWhenTheModalWindowIsWhite) {
+TEST_F(X11ShowUnmappedModal, ShowReportsTheCoverOnlyWhenTheModalWindowIsWhite) {
   client.map(modal);
   ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
   EXPECT_TRUE(client.screenPicture(modal).isAll(kWhite));
@@ -132,14 +132,14 @@ TEST_F(X11ShowUnmapped, ShowReportsTheCoverOnlyWhenTheModalWindowIsWhite) {
   EXPECT_THAT(show->output(), HasSubstr("uncovered\n"));
 }
 
-TEST_F(X11ShowUnmapped, AModalWindowThatWasNeverMappedIsReported) {
+TEST_F(X11ShowUnmappedModal, ShowReportsAModalWindowThatWasNeverMapped) {
   show->sendSignal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM) << show->output();
   EXPECT_THAT(show->output(), Not(HasSubstr("covered")));
   EXPECT_THAT(show->output(), HasSubstr("closed before it was on the screen\n"));
 }
 
-TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheDisplayIsLost) {
+TEST_F(X11ShowFaults, ShowPrintsOneErrorLineIfTheDisplayIsLost) {
   cover(Manager::None, {"--duration", "600"});
   server.kill();
   EXPECT_EQ(show->wait(), 1);
@@ -150,24 +150,24 @@ TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheDisplayIsLost) {
   EXPECT_EQ(output.find("launchscreen: "), output.rfind("launchscreen: "));
 }
 
-TEST_P(X11ShowFaultsOnXwayland, SigtermRestoresTheWindow) {
+TEST_P(X11ShowFaultsOnEachServer, SigtermRestoresTheWindow) {
   cover(Manager::None, {"--duration", "600"});
   show->sendSignal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM);
   expectRestored();
 }
 
-TEST_P(X11ShowFaultsOnXwayland, SigkillRemovesTheCover) {
+TEST_P(X11ShowFaultsOnEachServer, SigkillRemovesTheCover) {
   cover(Manager::None, {"--duration", "600"});
   show->sendSignal(SIGKILL);
   show->wait();
   EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
-INSTANTIATE_TEST_SUITE_P(X11Show, X11ShowFaultsOnXwayland,
+INSTANTIATE_TEST_SUITE_P(X11Show, X11ShowFaultsOnEachServer,
                          testing::ValuesIn(withXwayland({Manager::None})), nameOfManager);
 
-TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheWindowCannotBeCovered) {
+TEST_F(X11ShowFaults, ShowPrintsOneErrorLineIfTheWindowCannotBeCovered) {
   const xcb_window_t unmappedWindow = client.makeWindow(kGameFrame, kGreen);
   const auto outputOfRefusal = [this](const std::string& window) {
     ShowProcess refusedShow(server, {"--window", window});
@@ -183,7 +183,7 @@ TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheWindowCannotBeCovered) {
             "launchscreen: the window is not on the screen\n");
 }
 
-TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheDisplayDoesNotExist) {
+TEST_F(X11ShowFaults, ShowPrintsOneErrorLineIfTheDisplayDoesNotExist) {
   const std::string display = ":2147483647";  // no X server has this number
   ShowProcess refusedShow(display, {});
   EXPECT_EQ(refusedShow.wait(), 1);

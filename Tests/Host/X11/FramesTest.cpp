@@ -1,4 +1,4 @@
-// Records what the screen shows from before the launch screen opens until after it closes.
+// Records the screen while the launch screen opens and closes.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"
@@ -57,12 +57,10 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
       << show.output();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
-  // Checks the first drawing only of an embedded launch screen. A modal window and a sheet are new
-  // windows, and the server may draw their parts in any order.
+  // A modal window and a sheet are new windows, and the server may draw their parts in any order.
   if (std::string_view(GetParam().kind) == "embedded") {
-    // The recorder can miss a frame that is visible only briefly, but it receives every drawing.
-    // The first drawing after the game (letter 0) must already be part of the white cover: the band
-    // above the indicator.
+    // The recorder can miss a short frame, but it receives every drawing. The first drawing must
+    // already be part of the cover: the white band above the indicator.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
               (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
   }

@@ -1,4 +1,4 @@
-// Complete runs of `launchscreen show` on a display.
+// Complete runs of `launchscreen show` on an X11 display.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -16,12 +16,12 @@ using testing::Not;
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// Returns the printed steps without their times. Leaves out log lines and the countdown.
+/// Returns the text of each printed step. Leaves out log lines and the countdown.
 std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   std::istringstream lines(show.output());
   std::vector<std::string> steps;
   for (std::string line; std::getline(lines, line);) {
-    // The line of a step begins with the time in eight characters.
+    // A step is printed as the time in eight characters, " s  " and the text.
     if (line.find(" s  ") == 8 && !line.ends_with(" s left")) {
       steps.push_back(line.substr(12));
     }
@@ -29,7 +29,7 @@ std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   return steps;
 }
 
-/// Runs `show` without `--window`. `show` then opens a player window and covers it.
+/// Without `--window`, `launchscreen show` opens a player window and covers it.
 class X11Player : public X11Test {
  protected:
   X11Player() : X11Test(Manager::Metacity) {}
@@ -41,7 +41,7 @@ class X11Player : public X11Test {
           .string();
 };
 
-TEST_F(X11Player, IsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
+TEST_F(X11Player, ThePlayerIsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   ShowProcess show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                             "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
@@ -61,12 +61,11 @@ TEST_F(X11Player, IsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   EXPECT_TRUE(screenshotWhileCovered.isAll(kWhite));
 }
 
-TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
+TEST_F(X11Player, TheModalWindowHasAnIndicatorInTheMiddle) {
   ShowProcess show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                             "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
-  // The modal window has 480 by 270 pixels and is in the middle of the player. The indicator is in
-  // the middle of the modal window and moves.
+  // The modal window is 480 by 270 pixels, in the middle of the player. The indicator moves.
   const auto pictureOfModalWindow = [&] {
     const PixelRect area = client.areaOnScreen(player());
     return client.screenPicture({area.x + 240, area.y + 135, 480, 270});
@@ -100,7 +99,7 @@ TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
   EXPECT_GT(indicatorPixels, 4);
 }
 
-TEST_F(X11Player, RunsHeadlessIfTheX11DisplayDoesNotExist) {
+TEST_F(X11Player, ShowRunsHeadlessIfTheX11DisplayDoesNotExist) {
   const std::vector<std::string> commandWithoutDisplayOption{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
   // Only a run on the X11 display prints the controls that the window manager keeps.
@@ -111,7 +110,7 @@ TEST_F(X11Player, RunsHeadlessIfTheX11DisplayDoesNotExist) {
   EXPECT_THAT(headlessOutput, Not(HasSubstr("controls kept")));
 }
 
-TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
+TEST_F(X11Player, ShowReportsAScreenshotThatCannotBeWritten) {
   ShowProcess show(server, {"--duration", "0.2", "--screenshot", "/nonexistent/picture.png"});
   EXPECT_EQ(show.wait(), 1);
   EXPECT_THAT(show.output(), HasSubstr("launchscreen: no screenshot: /nonexistent/picture.png: "));
@@ -138,7 +137,7 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
   X11Runs() : X11Test(GetParam().manager) {}
 };
 
-TEST_P(X11Runs, PrintEachStepFromLoadedContentToRecordedEvent) {
+TEST_P(X11Runs, PrintEachStepInOrder) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
@@ -195,7 +194,7 @@ TEST_P(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
     otherWindow = client.findWindow("XTerm");
     return client.isViewable(game) && otherWindow != 0 && client.isViewable(otherWindow);
   }));
-  // On a busy machine, the changes of the focus under a compositor take seconds.
+  // On a busy machine, a compositor may need seconds to change the focus.
   const double duration = compositor == nullptr ? 3 : 8;
   ShowProcess show(server, {"--window", std::to_string(game), "--duration",
                             std::to_string(duration), "--content-controller"});
