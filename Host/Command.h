@@ -14,12 +14,12 @@ namespace vel::host {
 enum ExitStatus : int {
   kExitSuccess = 0,
   kExitFailure = 1,      ///< the command failed
-  kExitBadUsage = 2,     ///< the command line or a file that it names is invalid
-  kExitSignalBase = 128  ///< if signal N stops the command, the status is 128 + N
+  kExitBadUsage = 2,     ///< the command line is invalid or names an unusable file
+  kExitSignalBase = 128  ///< 128 + N: signal N stopped the command
 };
 
-/// Thrown by a command if its command line or a file that the command line names is invalid. `what`
-/// returns one line for the user.
+/// Thrown if the command line is invalid or names an unusable file. `what` returns one line for the
+/// user.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -22,23 +22,23 @@ struct TimeLeft {
   CountdownState countdown = CountdownState::Running;
 };
 
-/// Reports the progress of `launchscreen show` to the user. In all functions, `time` is in seconds.
-/// `time` starts at 0 with the command, and restarts at 0 when the command requests the content of
-/// the launch screen. Use a console only on the main thread.
+/// Reports the progress of `launchscreen show` to the user. In all functions, `time` is the time in
+/// seconds since the command started. When the command requests the content of the launch screen,
+/// `time` restarts at 0. Only the main thread may use a console.
 class Console : private NonCopyable {
  public:
   Console() = default;
   virtual ~Console() = default;
 
-  /// Prints a report. On a terminal, later output may replace it.
+  /// Prints a report. On a terminal, later output may replace the report.
   virtual void report(double time, std::string_view text) = 0;
-  /// Prints a report on a line of its own, which no later output replaces.
+  /// Prints a report that no later output replaces.
   virtual void reportOnOwnLine(double time, std::string_view text) { report(time, text); }
   /// Shows the time left. Called when the countdown starts, at each tick of the countdown, and when
   /// the countdown pauses or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
-  /// Called before other code writes a line to the terminal. A console that has written an
-  /// unfinished line must erase this line.
+  /// Called before other code writes to the terminal. A console must erase a line that it has
+  /// written without a line feed.
   virtual void clearLine() {}
   /// Called after the last report.
   virtual void finish() {}
@@ -51,8 +51,8 @@ class LineConsole final : public Console {
   explicit LineConsole(std::ostream& out) : out_(&out) {}
 
   void report(double time, std::string_view text) override;
-  /// Prints a line for each whole second of the time left. Also prints a line when the countdown
-  /// pauses or resumes.
+  /// Prints a line when the time left reaches a whole second, and when the countdown pauses or
+  /// resumes.
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
 
  private:
@@ -61,7 +61,7 @@ class LineConsole final : public Console {
   double lastPrintedSecond_ = std::numeric_limits<double>::infinity();
 };
 
-/// Updates one line of a terminal. The line shows either the time left and a bar, or the
+/// Updates one line of a terminal. The line shows either the time left and a progress bar, or the
 /// reports since the latest call of `showTimeLeft`.
 class LiveConsole final : public Console {
  public:
@@ -77,7 +77,7 @@ class LiveConsole final : public Console {
   void report(double time, std::string_view text) override;
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
   void reportOnOwnLine(double time, std::string_view text) override;
-  /// Erases the line on the terminal. The next call of `report` or `showTimeLeft` writes it again.
+  /// Erases the line until the next call of `report` or `showTimeLeft`.
   void clearLine() override;
   /// Ends the line with a line feed.
   void finish() override;
@@ -93,7 +93,7 @@ class LiveConsole final : public Console {
 };
 
 /// Returns a line of at most `columns` columns: the time left, a bar that fills as time passes, and
-/// `trailingText`. The line has no bar if `columns` is too small for it.
+/// `trailingText`. Omits the bar if `columns` is too small.
 [[nodiscard]] std::string countdownLine(const TimeLeft& timeLeft, std::string_view trailingText,
                                         std::size_t columns);
 

@@ -57,13 +57,12 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// True if dragging the background moves the window. False by default.
   [[nodiscard]] bool isMovableByWindowBackground() const { return isMovableByWindowBackground_; }
   void setMovableByWindowBackground(bool isMovable);
-  /// True (the default) if hiding the application also hides the window. Has no effect, because no
-  /// back end hides applications.
+  /// True if hiding the application also hides the window. True by default. Has no effect, because
+  /// no back end hides applications.
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 
-  /// The content view. Null if the window has no content view, for example after `setContentView`
-  /// with null, or after `close` of a window that presents a view controller.
+  /// The content view. Can be null, for example after `setContentView` with null.
   [[nodiscard]] Strong<NSView> contentView() const { return contentView_; }
   void setContentView(const Strong<NSView>& view);
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
@@ -79,7 +78,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
   /// Modal or Sheet if the window was made to present a view controller, else Plain.
   [[nodiscard]] WindowKind kind() const { return kind_; }
-  /// The window that this sheet belongs to. Null if this window is not a presented sheet.
+  /// The window that this sheet belongs to. Null if this window is not a sheet, or has been closed.
   [[nodiscard]] Strong<NSWindow> sheetParent() const { return sheetParent_.lock(); }
   [[nodiscard]] NSArray<NSWindow> sheets() const { return sheets_; }
 
@@ -89,9 +88,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Opens or raises the window as `orderFront` does, and makes it key as `makeKeyWindow` does.
   /// Does nothing if the window is miniaturised.
   void makeKeyAndOrderFront();
-  /// Closes an open window. Its sheets close first, then the view controllers in it disappear, then
-  /// another window becomes key. If this window presents a view controller, the presentation ends.
-  /// The window can be opened again.
+  /// Closes an open window, after its sheets. The window's view controllers disappear. If this
+  /// window presents a view controller, the presentation ends. If this window is key, requests the
+  /// focus for another window. The window can be opened again.
   void close();
   /// Closes the window, because the platform layer cannot hide an open window.
   void orderOut() { close(); }
@@ -115,7 +114,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// True if the window is open and not miniaturised.
   [[nodiscard]] bool isOnScreen() const { return isOnScreen_; }
 
-  /// The window system's handle; None while the window does not exist in the window system.
+  /// The window system's handle. `None` if the window does not exist in the window system.
   [[nodiscard]] WindowHandle handle() const { return handle_; }
 
   /// Draws the window's views again if they have changed.
@@ -126,8 +125,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
-  /// The window does not draw while a DisplayPause exists, and draws when the last one is
-  /// destroyed. Without the pause, the window would show a new content view before `viewWillAppear`
+  /// The window does not draw while a DisplayPause exists. It draws when the last DisplayPause is
+  /// destroyed. Without a pause, the window would show a new content view before `viewWillAppear`
   /// has prepared the view.
   class DisplayPause : private NonCopyable {
    public:
@@ -149,7 +148,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void makeContentView();
   // Unlike `setContentView`, calls no life-cycle methods.
   void replaceContentView(const Strong<NSView>& view);
-  // Called by the content view after it has left this window.
+  // The content view calls this function after the view has left this window.
   void clearContentView() { contentView_ = nullptr; }
   // Creates the window in the window system. Does nothing if the window has a handle.
   void realize();
@@ -173,9 +172,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   Strong<NSViewController> contentViewController_;
   Weak<NSWindow> parent_;  // set by `addChildWindow`
   NSArray<NSWindow> children_;
-  Weak<NSWindow> sheetParent_;  // equals `owner_` while this sheet is presented, else null
+  Weak<NSWindow> sheetParent_;  // for a sheet, equals `owner_` until `close`
   NSArray<NSWindow> sheets_;
-  Scene scene_;            // last sent to the window system; cleared by `close`
+  Scene scene_;            // the last scene sent to the window system; empty after `close`
   int displayPauses_ = 0;  // the number of DisplayPause objects
   bool isMovableByWindowBackground_ = false;
   bool canHide_ = true;

@@ -25,8 +25,8 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
     : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
 
 void shutDown() {
-  // The shutdown runs callbacks, and a callback may run the run loop. The run loop must not
-  // execute timers and blocks that were scheduled before the shutdown.
+  // The steps below run callbacks, and a callback may run the run loop. The earlier timers and
+  // blocks must not run then.
   removeScheduledWork();
   send(NSApp, &NSApplication::disconnect);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {

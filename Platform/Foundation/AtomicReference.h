@@ -7,8 +7,7 @@
 
 namespace vel {
 
-/// A strong reference that any thread may read and write. `load` returns a copy of the reference.
-/// Later writes do not affect the copy.
+/// A strong reference that any thread may read and write.
 template <class T>
 class AtomicReference {
  public:
@@ -18,8 +17,8 @@ class AtomicReference {
   }
 
   void store(Strong<T> reference) {
-    // The destructor of the old object may call `load` or `store`, so it must run without the lock.
-    // The swap moves the old object to the parameter, which outlives the lock.
+    // The parameter outlives the lock and releases the old object. The object's destructor may thus
+    // call `load` or `store`.
     const std::scoped_lock lock(mutex_);
     reference_.swap(reference);
   }

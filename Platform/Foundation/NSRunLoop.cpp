@@ -16,28 +16,28 @@ bool containsMode(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-// The bits of `wakeState_`. If `kIsIdle` is set, `NSRunLoop::wake` also calls `Clock::wake`.
-constexpr unsigned kIsIdle = 1;     // the loop or a host may be waiting
+// The bits of `wakeState_`.
+constexpr unsigned kIsIdle = 1;     // the loop or a host may be waiting for events
 constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the latest pass began
 
-/// Counts a running pass. At the end of the pass, releases the objects that the pass has added to
-/// the release pool.
+/// Adds 1 to the number of running passes. The destructor subtracts 1 and releases the objects that
+/// the pass has added to the release pool.
 class PassScope : NonCopyable {
  public:
   explicit PassScope(std::size_t& runningPasses)
       : runningPasses_(runningPasses), pool_(ReleasePool::currentPool()) {
-    // The outermost pass also releases the objects that were added before it began.
-    mark_ = runningPasses_++ == 0 ? 0 : pool_.size();
+    // A pass that is not nested in another pass also releases the earlier objects in the pool.
+    finalPoolSize_ = runningPasses_++ == 0 ? 0 : pool_.size();
   }
   ~PassScope() {
-    pool_.drainTo(mark_);
+    pool_.drainTo(finalPoolSize_);
     --runningPasses_;
   }
 
  private:
   std::size_t& runningPasses_;
   ReleasePool& pool_;
-  std::size_t mark_;
+  std::size_t finalPoolSize_;
 };
 
 }  // namespace
@@ -77,9 +77,8 @@ WaitHandle NSRunLoop::waitHandle() {
     return {};
   }
   if (!isDescriptorPolled_) {
-    // From now on, every pass sets the deadline at which the wait set's descriptor becomes
-    // readable. The wake-up makes the descriptor readable immediately, so that the host runs the
-    // first pass.
+    // From now on, each pass sets the time at which the descriptor becomes readable. The descriptor
+    // must be readable immediately, so that the host runs the first of these passes.
     isDescriptorPolled_ = true;
     waitSet_->wake();
   }
@@ -105,9 +104,8 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // Only the main thread waits, so a call on the main thread has no wait to end. The call must make
-  // the wait set's descriptor readable only if a host polls the descriptor. During a pass, the call
-  // does nothing: the pass updates the descriptor when it ends.
+  // On the main thread, the loop is not waiting, and only the descriptor may need an update. A
+  // running pass updates the descriptor at the end of the pass.
   if (NSThread::isMainThread() && (runningPasses_ > 0 || !isDescriptorPolled_)) {
     return;
   }
@@ -117,27 +115,27 @@ void NSRunLoop::wake() {
 }
 
 void NSRunLoop::updateDescriptor() {
-  // A running pass updates the descriptor when it ends.
+  // A running pass updates the descriptor at the end of the pass.
   if (runningPasses_ == 0 && isDescriptorPolled_) {
     setDescriptorDeadline(nextDeadline());
   }
 }
 
 void NSRunLoop::beginPass() {
-  wakeState_ = 0;  // this pass serves the earlier wake-ups
+  wakeState_ = 0;  // the earlier wake-ups need no further pass
   if (waitSet_ != nullptr) {
     waitSet_->acknowledgeWakeUps();
   }
 }
 
-// Sets `kIsIdle`, so that a later call of `wake` ends the next wait or makes the descriptor
-// readable. Returns false if a thread has already called `wake` since the latest pass began.
+// Sets `kIsIdle`. Later calls of `NSRunLoop::wake` thus call `Clock::wake`. Returns false if a
+// thread has called `NSRunLoop::wake` since the latest pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
 void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
   waitSet_->setDeadline(deadline);
   if (!becomeIdle()) {
-    // If `wake` was called before `kIsIdle` was set, it did not make the descriptor readable.
+    // The earlier call of `NSRunLoop::wake` may not have made the descriptor readable.
     waitSet_->wake();
   }
 }
@@ -171,7 +169,7 @@ NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const
 bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   auto next = nextTimer(mode);
   if (next == timers_.end()) {
-    return false;  // returns before the clock is read, so that an idle pass is fast
+    return false;  // does not read the clock, so that a pass without timers is fast
   }
   bool hasFired = false;
   const Nanoseconds startTime = now();
@@ -191,9 +189,8 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   return hasFired;
 }
 
-// Sets the next fire date of a repeating timer and updates the order of the timers. Call this
-// before the timer's target is called: the target may remove the timer, and `position` is then
-// invalid.
+// Sets the next fire date of a repeating timer and updates the order of the timers. Must run before
+// the timer's target. The target may remove the timer and thus invalidate `position`.
 void NSRunLoop::reschedule(Timers::const_iterator position, Nanoseconds currentTime) {
   auto node = timers_.extract(position);
   node.value()->advanceFireDate(currentTime);
@@ -233,13 +230,12 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
   if (!becomeIdle()) {
     return;
   }
-  const bool waitCouldEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
-  // The loop has stopped waiting. Unless a host polls the descriptor, `NSRunLoop::wake` need not
-  // call `Clock::wake` until the next wait.
+  const bool isEndless = !clock_->waitUntil(std::min(limit, nextDeadline(mode)));
+  // Outside a wait, only a polled descriptor needs calls of `Clock::wake`.
   if (!isDescriptorPolled_) {
     wakeState_.fetch_and(~kIsIdle);
   }
-  if (!waitCouldEnd) {
+  if (isEndless) {
     throw EndlessWaitError("a wait in virtual time with nothing scheduled; " +
                            describePending(mode));
   }
@@ -252,9 +248,8 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // Compares the next deadline with the fixed time `end`, not with `now()`. With `now()`, the loop
-  // would never end if a repeating timer's target runs longer than the timer's interval: such a
-  // timer is always due.
+  // A repeating timer is always due if its target runs longer than its interval. The loop ends
+  // nevertheless, because it compares the timer's deadline with the fixed time `end`.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);

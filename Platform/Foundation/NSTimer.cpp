@@ -45,7 +45,8 @@ void NSTimer::invalidate() {
   // Keeps the timer alive: the run loop may hold the only reference to the timer.
   const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().removeTimer(*this);
-  // Declared after `timer`, so that the target is released first: its destructor may use the timer.
+  // Declared after `timer`, so that the target is released first. The target's destructor may use
+  // the timer.
   const Strong<NSObject> target = std::move(target_);
 }
 

@@ -6,8 +6,7 @@
 
 namespace vel::host {
 
-/// Thrown if a JSON document is not a valid scenario. `what` returns one line: a JSON pointer to
-/// the invalid value, and a description of a valid value.
+/// Thrown if a JSON document is not a valid scenario. `what` returns one line.
 class ScenarioError : public std::runtime_error {
  public:
   /// `jsonPointer` is a JSON pointer to the invalid value. An empty pointer means the whole

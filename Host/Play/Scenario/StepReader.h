@@ -12,8 +12,8 @@
 namespace vel::host {
 
 /// The window names that a step may use: the names of the host's windows, and the names of the
-/// modal windows and sheets that earlier steps open, for example "sheet-1". A known name need not
-/// belong to an open window: a step can fail to open its window, and a window can be closed.
+/// modal windows and sheets that earlier steps open, for example "sheet-1". The window with a known
+/// name may have been closed, or may never have been opened.
 class KnownWindowNames {
  public:
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
@@ -21,8 +21,8 @@ class KnownWindowNames {
   std::string add(const JsonValue& name);
   /// Adds the name of the window that the host opens if the scenario has no list of windows.
   void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
-  /// Adds the name of the modal window or sheet that a `step::Present` with this mode opens.
-  /// Adds nothing for mode 0, which opens no window.
+  /// Adds the name of the modal window or sheet that a `step::Present` opens. `mode` is the
+  /// presentation mode of the step. Adds nothing for mode 0, which opens no window.
   void addPresentation(std::int32_t mode);
   /// Adds the name of the sheet that a `step::PresentOver` opens.
   void addSheet() { ++sheetCount_; }

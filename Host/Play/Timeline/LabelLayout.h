@@ -5,8 +5,8 @@
 
 namespace vel::host {
 
-/// The position of the label of a mark. A mark is a circle in a picture. Row 0 is the topmost row.
-/// The label is to the right or to the left of the mark.
+/// The position of a label: its row, and its side of the mark. A mark is a circle in a picture. Row
+/// 0 is the topmost row.
 struct LabelPosition {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
@@ -17,14 +17,14 @@ struct LabelPosition {
 /// row that has room.
 class LabelLayout {
  public:
-  /// No label extends beyond the x coordinate `right`. `gap` is the minimum distance between
-  /// neighbours in a row.
-  LabelLayout(double right, double markRadius, double gap)
-      : rightEdge_(right), markRadius_(markRadius), gap_(gap) {}
+  /// No label extends beyond the x coordinate `rightEdge`. A mark and its label form a pair.
+  /// `gap` is the minimum distance between two pairs in a row.
+  LabelLayout(double rightEdge, double markRadius, double gap)
+      : rightEdge_(rightEdge), markRadius_(markRadius), gap_(gap) {}
 
-  /// Places a mark and its label. `x` is the centre of the mark. `width` is the width of the label
-  /// plus the distance between mark and label. The label is to the right of the mark if it fits
-  /// there, otherwise to the left.
+  /// Places a mark and its label. `x` is the centre of the mark. `width` is the width of the label,
+  /// including the space between the label and the mark. The label is to the right of the mark if
+  /// the label fits there, otherwise to the left.
   LabelPosition place(double x, double width);
 
   [[nodiscard]] std::size_t rowCount() const { return rows_.size(); }

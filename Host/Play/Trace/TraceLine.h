@@ -21,28 +21,28 @@ namespace trace {
 struct StepStart {
   std::string_view name;
 };
-/// The return value of the manager's `activate:`.
+/// The return value of the launch screen manager's `activate:`.
 struct Activation {
   bool result = false;
 };
-/// The content that `contentDataForContentRequest:` returned. `content` has no value if the
-/// operation returned null.
+/// The content that `contentDataForContentRequest:` returned. No value if the operation returned
+/// null.
 struct ContentDataResult {
   std::optional<ContentName> content;
 };
-/// The content whose view `contentViewForContentData:` returned. `content` has no value if the
-/// operation returned null.
+/// The content whose view `contentViewForContentData:` returned. No value if the operation returned
+/// null.
 struct ContentViewResult {
   std::optional<ContentName> content;
 };
-/// The library registered its `ContentResolver` with the host's broker.
+/// The library registered its `ContentResolver` with the host's `ContentBroker`.
 struct Registration {
   std::vector<std::string> engines;  // the engines that the resolver supports
 };
 struct LogLine {
   std::string text;
 };
-/// The state of a content changed.
+/// The state of the main or the temporary content changed.
 struct StateChange {
   std::uint64_t state = 0;
   ContentName content = ContentName::Main;
@@ -97,7 +97,7 @@ using TraceEvent =
                  trace::InspectionReport, trace::FatalError>;
 
 struct TraceLine {
-  Nanoseconds time = 0;
+  Nanoseconds time = 0;  // since the start of the scenario
   TraceEvent event;
 };
 

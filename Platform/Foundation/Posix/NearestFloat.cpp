@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cfenv>
 #include <cstdlib>
-#include <locale>  // declares `newlocale` on every POSIX system; <clocale> does not on macOS
+#include <locale>  // declares `newlocale`; on macOS, <clocale> does not
 #include <string>
 #include <system_error>
 
@@ -13,8 +13,8 @@ namespace vel {
 
 namespace {
 
-/// Makes `strtof` on this thread read '.' as the decimal point and round to the nearest float. The
-/// destructor restores the locale and the rounding mode that the host has set for this thread.
+/// Sets this thread's locale and rounding mode: `strtof` then uses '.' as the decimal point and
+/// rounds to the nearest float. The destructor restores the previous locale and rounding mode.
 class ConversionScope : NonCopyable {
  public:
   ConversionScope() : previousLocale_(uselocale(cLocale())) { std::fesetround(FE_TONEAREST); }
