@@ -30,7 +30,7 @@ Strong<MovingSquareView> MovingSquareView::startIn(const Strong<NSWindow>& windo
   content->addSubview(squareView);
   squareView->timer_ = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<
       &MovingSquareView::drawNextFrame>(1 / kFramesPerSecond, squareView, true);
-  // The square also moves while a modal launch screen is shown.
+  // A modal launch screen runs the run loop in this mode.
   NSRunLoop::mainRunLoop().addTimerForMode(squareView->timer_, NSModalPanelRunLoopMode);
   return squareView;
 }
@@ -45,6 +45,7 @@ void MovingSquareView::drawNextFrame() { setNeedsDisplay(); }
 void MovingSquareView::addOwnContents(Scene& scene, CGRect rectangle) const {
   scene.push_back(fillItem(rectangle, kBackgroundColor));
   const double time = secondsFromNanoseconds(NSRunLoop::mainRunLoop().now());
+  // 0 at the left side of the view, 1 at the right side.
   const double position = std::abs(std::fmod(time / kPeriod, 1.0) * 2 - 1);
   const CGSize size = rectangle.size;
   const double side = std::min(size.width, size.height) / 3;

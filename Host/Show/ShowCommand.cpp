@@ -24,8 +24,8 @@ namespace {
 
 constexpr std::size_t kDefaultColumns = 80;
 constexpr int kMaximumSide = 32767;  // the maximum width and height of an X11 window
-// The player window, which acts as a game's window, stays open for this time after the end of the
-// launch screen.
+// The player window is the window that the launch screen covers. If this command has opened the
+// player window, the window stays open for this time after the end of the launch screen.
 constexpr Nanoseconds kPlayerWindowTimeAfterEnd = kNanosecondsPerSecond;
 
 std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
@@ -35,8 +35,7 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   auto console = std::make_shared<LiveConsole>(
       std::cout, [] { return terminalColumns().value_or(kDefaultColumns); },
       options.canSkip() ? "press Enter to dismiss" : "");
-  // Log lines usually go to the console's terminal, so the console must erase its line before each
-  // log line.
+  // The console erases its unfinished line, because a log line usually goes to the same terminal.
   setNSLogSink([console](std::string_view line) {
     console->clearLine();
     writeToStandardSink(line);
@@ -75,8 +74,8 @@ int show(const ShowOptions& options) {
   }
   // `update` returns true when the session has an outcome.
   int signal = loop.runUntil([&session] { return session->update(); });
-  const bool hasOwnWindow = !options.window;
-  if (signal == 0 && hasScreen && hasOwnWindow && session->outcome()->status == kExitSuccess) {
+  const bool hasOpenedWindow = !options.window;
+  if (signal == 0 && hasScreen && hasOpenedWindow && session->outcome()->status == kExitSuccess) {
     // The animation in the player window wakes the loop, so this wait needs no timer. If the
     // display is lost during the wait, the outcome becomes a failure.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
@@ -127,8 +126,7 @@ std::uint64_t parseWindow(const std::string& text) {
   return window;
 }
 
-// Adds the options for the content request and for the presentation of the launch screen.
-void addRequestOptions(CLI::App& command, ShowOptions& options) {
+void addLaunchScreenOptions(CLI::App& command, ShowOptions& options) {
   command.add_option("--mode", options.mode, "Whether the launch screen may be closed early")
       ->check(CLI::IsMember({"forced", "skip"}))
       ->type_name("MODE")
@@ -147,7 +145,6 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
       ->capture_default_str();
 }
 
-// Adds the options for the display, the player window and the activity indicator.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option(
@@ -175,8 +172,7 @@ void addWindowOptions(CLI::App& command, ShowOptions& options) {
       ->excludes(size);
 }
 
-// Adds the options for output files, and the option to dismiss the launch screen early.
-void addRunOptions(CLI::App& command, ShowOptions& options) {
+void addFileAndSkipOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--screenshot", options.screenshotPath,
                   "Save the window as a PNG file when half of --duration has passed (x11)")
@@ -222,9 +218,9 @@ void addShowCommand(CLI::App& program, CommandFunction& selectedCommand) {
   auto options = std::make_shared<ShowOptions>();
   CLI::App* const command = program.add_subcommand(
       "show", "Show a launch screen over a game's window, and record an event when it ends");
-  addRequestOptions(*command, *options);
+  addLaunchScreenOptions(*command, *options);
   addWindowOptions(*command, *options);
-  addRunOptions(*command, *options);
+  addFileAndSkipOptions(*command, *options);
   command->final_callback([options, &selectedCommand] {
     checkOptions(*options);
     selectedCommand = [options] { return show(*options); };

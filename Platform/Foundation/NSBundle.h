@@ -7,8 +7,7 @@
 
 namespace vel {
 
-/// The program or library that contains a class. In this platform layer, a bundle has no resources
-/// and stores only the name of the class.
+/// Represents the program or library that contains a class. Stores only the name of the class.
 class VEL_EXPORT NSBundle final : public Class<NSBundle, "NSBundle"> {
  public:
   explicit NSBundle(std::string_view principalClass) : principalClass_(principalClass) {}

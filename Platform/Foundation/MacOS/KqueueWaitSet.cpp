@@ -1,4 +1,3 @@
-// The wait set for macOS.
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/event.h>
@@ -24,8 +23,7 @@ Nanoseconds steadyTime() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Both ends of a pipe. Reads and writes never block. A program that the process executes does not
-/// inherit the ends.
+/// A pipe with non-blocking ends. Both ends are closed on exec.
 class Pipe : NonCopyable {
  public:
   Pipe() : Pipe(make()) {}
@@ -50,7 +48,7 @@ class Pipe : NonCopyable {
     }
     return ends;
   }
-  // If `pipe` has failed, `readEnd_` receives -1 and its constructor throws.
+  // If `pipe` has failed, the constructor of `readEnd_` receives -1 and throws.
   explicit Pipe(const Ends& ends)
       : readEnd_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
         writeEnd_(ends.descriptors[1], "pipe") {}
@@ -60,10 +58,9 @@ class Pipe : NonCopyable {
 };
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
-/// watched handle. The kqueue is readable while it contains an event. It must stay readable after
-/// the deadline, so `wait` does not take events from the kqueue but only polls it. The event of the
-/// pipe disappears when the pipe is empty. The event of the watched handle disappears when the
-/// handle has no input left. The timer's event disappears when the timer is deleted.
+/// watched handle. The kqueue is readable while it contains an event. `wait` takes no events from
+/// the kqueue, so that it stays readable after the deadline. An event ends when the pipe is empty,
+/// when the handle has no input left, or when `setDeadline` deletes the timer.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
@@ -107,7 +104,7 @@ class KqueueWaitSet final : public WaitSet {
 
   void wake() override {
     // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
-    // between the two steps and skip its read. This wake-up would then also end the next wait.
+    // between the two steps and skip its read. The byte would then also end the next wait.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
       [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);

@@ -66,8 +66,7 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
-  // Requests the extensions before `internAtoms` blocks for its replies. One round trip then serves
-  // all these requests.
+  // These requests share one round trip with the requests of `internAtoms`.
   xcb_prefetch_extension_data(connection_, &xcb_randr_id);
   xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);
@@ -104,15 +103,14 @@ void Connection::internAtoms() {
 }
 
 void Connection::requestMonitorName(xcb_atom_t name) {
-  if (!hasRequestedMonitorName_) {  // one name is enough, see isXwayland
+  if (!hasRequestedMonitorName_) {  // `isXwayland` needs only one name
     hasRequestedMonitorName_ = true;
     pendingMonitorName_ = xcb_get_atom_name(connection_, name);
   }
 }
 
-// Xwayland has the extension XWAYLAND since version 23.1. Earlier versions name their outputs
-// "XWAYLAND0", "XWAYLAND1" and so on. A monitor has the name of its output, so the name of one
-// monitor is enough.
+// Xwayland has the extension XWAYLAND since version 23.1. In earlier versions, the name of each
+// monitor starts with "XWAYLAND".
 bool Connection::isXwayland() {
   if (const auto cookie = std::exchange(pendingXwaylandExtension_, std::nullopt)) {
     const auto extension =

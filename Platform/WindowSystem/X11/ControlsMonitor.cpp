@@ -17,8 +17,9 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   }
   const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
-  // After a change of the style mask, `reportedKeptControls` has no value until the scheduled
-  // check. An earlier check could read the controls for the previous mask.
+  // The kept controls are the controls that the window manager offers although the style mask
+  // excludes them. After a change of the mask, `reportedKeptControls` has no value until the
+  // scheduled check. An earlier check could read the controls for the previous mask.
   if (window != nullptr && window->reportedKeptControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
@@ -65,11 +66,10 @@ void ControlsMonitor::checkWindow(Window& window) {
     return;
   }
   // While resizing is allowed, our hints do not remove the control for resizing. But for some
-  // window managers, `readOfferedControls` leaves out every control that hints can remove.
+  // window managers, `readOfferedControls` always assumes that hints have removed it.
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }
-  // The style mask excludes these controls, but the window manager still offers them.
   const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
   if (window.reportedKeptControls != keptControls) {
     window.reportedKeptControls = keptControls;

@@ -19,7 +19,8 @@ constexpr std::uint32_t kPointerEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
 constexpr std::uint32_t kDoNotPropagate = kPointerEvents | XCB_EVENT_MASK_BUTTON_MOTION;
 
-// The server should map a child within this time. Only a busy or grabbed server takes longer.
+// The server should map a child window within this time. Only a busy or grabbed server takes
+// longer.
 constexpr Nanoseconds kMaximumMapTime = kNanosecondsPerSecond;
 
 constexpr CGColor kWhite{1, 1, 1, 1};
@@ -37,7 +38,8 @@ PixelRect centredSquareIn(PixelRect rect) {
   return {rect.x + (rect.width - side) / 2, rect.y + (rect.height - side) / 2, side, side};
 }
 
-// Returns true if a child with the frame `child` fills the window with the frame `window`.
+// Returns true if a child window with the frame `child` hides all of its parent. The position of
+// `window`, the parent's frame, is ignored.
 bool fills(PixelRect child, PixelRect window) {
   return child.x <= 0 && child.y <= 0 && child.x + child.width >= window.width &&
          child.y + child.height >= window.height;
@@ -94,7 +96,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
     }
     closeOverlay();
   } else if (usesOverlay_ && !usedOverlayBefore) {
-    // The loop below creates all panes again, with the overlay as the parent of all but the first.
+    // The loop below creates all panes again. All panes except the first become children of the
+    // overlay.
     std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { closePane(pane); });
     panes_.clear();
   }
@@ -121,8 +124,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
   if (usesOverlay_) {
     overlay_->show();
-    // The first pane is opened last, when the overlay hides it. If the pane were visible, the owner
-    // could draw over it.
+    // Opens the first pane last, so that the overlay already hides it. The owner could draw over
+    // this pane if it were visible.
     if (!panes_.front().child.isOpen()) {
       openPane(panes_.front());
     }
@@ -201,14 +204,13 @@ void Cover::openPane(Pane& pane) {
 }
 
 void Cover::updatePane(Pane& pane, Pane&& newPane) {
-  // If the new frame is empty, `closePane` destroys the window, and `openPane` creates no window.
-  const bool needsNewWindow = !pane.child.isOpen() || pane.isInOverlay != newPane.isInOverlay ||
-                              pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
-                              newPane.frame.height <= 0;
+  const bool cannotKeepWindow = !pane.child.isOpen() || pane.isInOverlay != newPane.isInOverlay ||
+                                pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
+                                newPane.frame.height <= 0;
   const bool needsNewPicture =
       pane.spinner != nullptr &&
       (pane.frame.width != newPane.frame.width || pane.background != newPane.background);
-  if (needsNewWindow || needsNewPicture) {
+  if (cannotKeepWindow || needsNewPicture) {
     closePane(pane);
     pane = std::move(newPane);
     openPane(pane);
@@ -223,7 +225,7 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
       overlay_->setBackground(newPane.background);
     }
   }
-  // The server may have moved a spinner when the window was resized.
+  // The server may have moved a spinner when the spinner's parent was resized.
   if (pane.frame != newPane.frame || pane.spinner != nullptr) {
     moveResizeWindow(connection_, pane.child.window, newPane.frame);
   }
@@ -248,7 +250,7 @@ void Cover::openOverlay() {
   overlay_->open(panes_.front().background);
   for (Pane& pane : panes_) {
     if (pane.isInOverlay) {
-      forgetPane(pane);  // if the overlay was destroyed, its children were destroyed with it
+      forgetPane(pane);  // the server destroys the children of a closed overlay
       openPane(pane);
     }
   }
@@ -326,8 +328,8 @@ bool Cover::isViewable() const {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
-    // If the overlay must be mapped, it hides the first pane, so only the panes in the overlay are
-    // checked. If not, only the panes outside the overlay are checked.
+    // A mapped overlay hides the panes outside it. The panes inside an unmapped overlay are
+    // invisible.
     if (pane.isInOverlay == mustOverlayBeMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }
@@ -356,8 +358,6 @@ bool Cover::owns(xcb_window_t window) const {
                               [window](const Pane& pane) { return window == pane.child.window; }));
 }
 
-// Events and repairs
-
 void Cover::handle(const xcb_generic_event_t& event) {
   if (overlay_ != nullptr) {
     const bool hadMaximumSize = overlay_->hasMaximumSize();
@@ -372,8 +372,8 @@ void Cover::handle(const xcb_generic_event_t& event) {
   }
 }
 
-// When the overlay changes between the covered window's size and the maximum size, the server moves
-// each spinner away from the centre of the covered window.
+// When the overlay changes to or from its maximum size, the server moves each spinner away from the
+// centre of the covered window. This function moves it back.
 void Cover::movePanesInOverlay() {
   for (const Pane& pane : panes_) {
     if (pane.isInOverlay && pane.child.isOpen() && overlay_->isOpen()) {
@@ -476,7 +476,7 @@ bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
 // Restacks from the top down. If this function restacked from the bottom up, a lower window would
 // briefly hide the windows that belong above it.
 void Cover::raise() {
-  xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was restacked last
+  xcb_window_t sibling = XCB_WINDOW_NONE;  // the most recently restacked window
   const auto restack = [this, &sibling](const Child& child) {
     if (!child.isOpen()) {
       return;

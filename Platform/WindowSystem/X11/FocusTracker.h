@@ -40,17 +40,17 @@ class FocusTracker final : public NonCopyable {
   /// Call this when the connection is lost.
   void reset();
 
-  /// Requests the focus for a window on screen. Returns false if the window already has the focus,
-  /// or if the window manager processes the request. Otherwise sets `Window::wantsFocus` and
-  /// returns true: `WindowMonitor::update` then sets the focus when the window is viewable.
-  /// May block for a round trip.
+  /// Requests the focus for a window on screen. Returns true if the back end must set the focus
+  /// itself. `Window::wantsFocus` is then true, and `WindowMonitor::update` sets the focus when the
+  /// window is viewable. Returns false if the window already has the focus, or if the window
+  /// manager processes the request. May block for a round trip.
   bool requestFocus(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.
   [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
-  /// Reports the changes since the previous call. Calls `handleEvents` if the application may have
-  /// lost the focus, because a FocusIn event may follow. Blocks for round trips if the focus may
-  /// have moved.
+  /// Reports the changes since the previous call. Before reporting that the application has lost
+  /// the focus, calls `handleEvents`: a FocusIn event may show that another window of the back end
+  /// has the focus. Blocks for round trips if the focus may have moved.
   void reportChanges(const HandleEvents& handleEvents);
 
  private:
@@ -62,9 +62,10 @@ class FocusTracker final : public NonCopyable {
   ReportQueue& reports_;
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
-  bool mayHaveLostFocus_ = false;  // the focus may have left the application since `reportChanges`
-  // Becomes true when the window manager ends. Becomes false when another window manager starts, or
-  // at the next check for a lost focus.
+  // True if the focus may have left the application since the last call of `reportChanges`.
+  bool mayHaveLostFocus_ = false;
+  // True after the window manager has ended: the server may then have moved the focus to the root
+  // window. The next check for a lost focus returns the focus to its window and clears this flag.
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
   // True even before the first window gets the focus, because NSApplication starts active.

@@ -22,16 +22,16 @@ using HintValue = std::optional<Property>;
 /// the current value, which we may have written. This class sends no requests: `WindowStyle` reads
 /// and writes the property and passes the values to this class.
 ///
-/// The owner can write the property at any time. The value that it writes becomes the owner's
-/// value, with one exception. Many owners read a property, edit a part of it and write it back. If
-/// such an owner has read a value that we wrote, its new value still contains some of our changes.
-/// The owner's value is then the new value without our changes.
+/// The owner can write the property at any time. Many owners read the property, edit a part of it
+/// and write it back. If the owner has read a value that we wrote, the value that it writes still
+/// contains some of our changes. This class removes our changes to get the owner's value. In all
+/// other cases, the value that the owner writes is the owner's value.
 class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
   /// of the property are sets of bits: the owner and we can change different bits of one element.
-  /// The elements after them are numbers. Element 0 is the flags: bit n - 1 of the flags says
-  /// that the set of bits in element n is valid.
+  /// The later elements are numbers. The bits of element 0 say which of the other sets of bits are
+  /// valid: bit 0 is for element 1, bit 1 is for element 2, and so on.
   HintOverride(HintValue value, std::size_t bitSetCount);
 
   /// The value to restore.
@@ -39,11 +39,11 @@ class HintOverride {
   /// The value that the window has, as far as we know.
   [[nodiscard]] const HintValue& currentValue() const { return currentValue_; }
 
-  /// Records that we write `value`. Returns false if `value` is already the current value. No
-  /// request is then needed.
+  /// Records that we write `value`. Returns false if `value` is already the current value, so that
+  /// the caller need not write it.
   [[nodiscard]] bool recordWrite(const HintValue& value);
-  /// Forgets our writes. Call this after you restore the owner's value. The next value that the
-  /// owner writes is then not checked for our changes.
+  /// Forgets our writes, so that the owner's later values are not checked for our changes. Call
+  /// this after you restore the owner's value.
   void forgetWrites();
 
   /// Records that we have read `value` from the window. If `value` is not the current value, the

@@ -8,7 +8,7 @@ namespace vel::x11 {
 
 namespace {
 
-// Returns the bits of `mask` that represent `component`, which is between 0 and 1.
+// Scales `component`, a value from 0 to 1, to the bits of `mask`.
 std::uint32_t maskedComponent(double component, std::uint32_t mask) {
   if (mask == 0) {
     return 0;
