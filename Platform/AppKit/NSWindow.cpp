@@ -16,7 +16,7 @@ namespace vel {
 namespace {
 
 // Returns the lower left corner of a modal window or a sheet. A modal window is centred over its
-// owner. A sheet is at the top of its owner's content, below the title bar.
+// owner. A sheet is centred below the title bar of its owner.
 CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
   const double x = ownerFrame.origin.x + (ownerFrame.size.width - size.width) / 2;
   const double spareHeight = ownerFrame.size.height - size.height;
@@ -70,6 +70,7 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
   }
   DisappearanceTransition disappearance(contentView_);
   disappearance.sendWillDisappear();
+  // The window must not show the new view before `viewWillAppear`.
   std::optional<DisplayPause> displayPause(strongSelf);
   replaceContentView(view);
   disappearance.sendDidDisappear();
@@ -82,7 +83,7 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
 }
 
 void NSWindow::setContentViewController(const Strong<NSViewController>& controller) {
-  // Keeps the previous controller alive until it has disappeared.
+  // The previous controller must live until `setContentView` has called its life-cycle methods.
   const Strong<NSViewController> previousController =
       std::exchange(contentViewController_, controller);
   setContentView(controller != nullptr ? controller->view() : NSView::initWithFrame(CGRectZero));
@@ -153,7 +154,7 @@ void NSWindow::realize() {
        .kind = kind_,
        .ownerWindow = send(owner, &NSWindow::handle),
        .isMovableByBackground = isMovableByWindowBackground_});
-  if (handle_ != WindowHandle::None) {  // `createWindow` returns None if the display is lost
+  if (handle_ != WindowHandle::None) {  // it is None if the display is lost
     NSApp->windowsByHandle_[handle_] = this;
   }
 }
@@ -199,7 +200,7 @@ void NSWindow::close() {
   while (!sheets_.empty()) {
     const Strong<NSWindow> sheet = sheets_.back();
     sheet->close();
-    std::erase(sheets_, sheet);  // `close` does not remove a sheet that has not been opened yet
+    std::erase(sheets_, sheet);  // `close` does nothing if the sheet is not open yet
   }
   DisappearanceTransition disappearance(contentView_);
   disappearance.sendWillDisappear();
@@ -233,8 +234,8 @@ void NSWindow::endPresentation() {
     std::erase(sheetParent->sheets_, self());
   }
   sheetParent_.reset();
-  // Release the controller and its view, because the controller may be presented again in another
-  // window.
+  // Another window may present the controller again, so this window releases the controller and
+  // its view.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
     controller->endPresentation();
@@ -300,8 +301,8 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// Sends the scene to the window system even while the window is miniaturised. The window may be
-// deminiaturised while our run loop is not running, and must then show the current scene.
+// Also sends the scene of a miniaturised window, because the window may return to the screen while
+// our run loop is not running.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

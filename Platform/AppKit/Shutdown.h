@@ -5,22 +5,22 @@
 
 namespace vel {
 
-/// Shuts down the platform layer of this process, in this order:
-///   1. Timers are invalidated and blocks are removed from the main queue.
-///   2. The application closes its windows and disconnects from its window system. The window
-///      that was opened last is closed first.
-///   3. Each `ShutdownStep` runs.
-///   4. The notification centre removes all its observers.
-///   5. Timers and blocks that steps 2 and 3 have added are removed like those in step 1.
-///   6. The release pool of the main thread is drained.
-/// Does not reset the clock, the log sink, the metrics sink or the default configuration. Also
-/// works without an application. Only the main thread may call this function. No timer, observer,
-/// life-cycle method or other callback of the platform layer may call it.
+/// Shuts down the platform layer of this process:
+///   1. Invalidates all timers and removes all blocks from the main queue.
+///   2. Closes the application's windows, the most recently opened window first. Disconnects the
+///      application from its window system.
+///   3. Calls the functions that are registered with `ShutdownStep`.
+///   4. Removes all observers from the notification centre.
+///   5. Repeats 1, because callbacks may have added timers and blocks.
+///   6. Drains the release pool of the main thread.
+/// Does not reset the clock, the log sink, the metrics sink or the default configuration. The
+/// process need not have an application. Only the main thread may call `shutDown`. A callback of
+/// the platform layer, such as a timer or an observer, must not call `shutDown`.
 VEL_EXPORT void shutDown();
 
-/// Registers a function that `shutDown` calls in step 3. The function releases the process-wide
-/// objects of a layer above AppKit. A registration cannot be removed, so a `ShutdownStep` must have
-/// static storage duration.
+/// Makes `shutDown` call a function that releases the process-wide objects of a layer above the
+/// platform layer. A `ShutdownStep` must have static storage duration, because `shutDown` keeps a
+/// pointer to it.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

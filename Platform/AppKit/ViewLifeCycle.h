@@ -1,4 +1,4 @@
-// Calls the life-cycle methods, such as `viewWillAppear`, of the view controllers in a view
+// Calls `viewWillAppear` and the other life-cycle methods of the view controllers in a view
 // hierarchy.
 #pragma once
 
@@ -10,17 +10,16 @@
 
 namespace vel {
 
-/// A period during which a controller is shown. The id distinguishes the periods of one controller.
+/// A period during which a controller is shown. Each period of a controller has its own id.
 struct Appearance {
   Strong<NSViewController> controller;
   std::uint64_t id = 0;
 };
 
-/// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
-/// first opens the view's window or adds the view to an open window. The caller then constructs
-/// this object and calls `sendWillAppear` and `sendDidAppear`. A life-cycle method may end a
-/// controller's appearance, for example by removing the controller's view. This object then calls
-/// no further method of that controller.
+/// Calls `viewWillAppear` and `viewDidAppear` of the controllers of a view and its subviews, outer
+/// controllers first. The caller first opens the view's window or adds the view to an open window.
+/// A life-cycle method may end a controller's appearance, for example by removing the controller's
+/// view. The controller's remaining methods are then not called.
 class AppearanceTransition {
  public:
   /// Begins an appearance for each controller that is not shown yet.
@@ -32,14 +31,15 @@ class AppearanceTransition {
   std::vector<Appearance> appearances_;
 };
 
-/// Makes the controllers of a view and its subviews disappear, outer controllers first. The caller
-/// first calls `sendWillDisappear`, then closes the window or removes the view, then calls
-/// `sendDidDisappear`. A controller that appears during `sendWillDisappear` also disappears.
+/// Calls `viewWillDisappear` and `viewDidDisappear` of the controllers of a view and its subviews,
+/// outer controllers first. The caller first calls `sendWillDisappear`, then closes the window or
+/// removes the view, then calls `sendDidDisappear`. Includes the controllers that begin to appear
+/// during `sendWillDisappear`.
 class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
   void sendWillDisappear();
-  /// Ends the appearances of the disappearing controllers and calls their `viewDidDisappear`.
+  /// Ends each controller's appearance, then calls the controller's `viewDidDisappear`.
   void sendDidDisappear();
 
  private:

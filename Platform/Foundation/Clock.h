@@ -8,25 +8,23 @@
 
 namespace vel {
 
-/// The run loop's clock. The run loop owns its clock and calls `waitUntil` on the main thread. Any
-/// thread may call `now` and `wake`.
+/// The run loop's clock. Only the main thread may call `waitUntil`. Any thread may call `now` and
+/// `wake`.
 class VEL_EXPORT Clock : NonCopyable {
  public:
   virtual ~Clock() = default;
 
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
-  /// Waits until `deadline` or until a call of `wake`. A `RealClock` also stops waiting when
-  /// input or a signal arrives. Returns false only on a `VirtualClock`, if the deadline is `kNever`
-  /// and no earlier call of `wake` ends the wait.
+  /// Waits until `deadline` or until `wake` is called. May return early. Returns false if the clock
+  /// knows that the wait would never end.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
   /// Ends the current wait. If no wait is in progress, ends the next wait.
   virtual void wake() = 0;
 };
 
-/// A clock that does not really wait: `waitUntil` advances the time to the deadline and returns
-/// immediately. The time does not advance otherwise.
+/// A clock whose time advances only in `waitUntil`. `waitUntil` returns immediately.
 class VEL_EXPORT VirtualClock final : public Clock {
  public:
   [[nodiscard]] Nanoseconds now() const override { return now_; }

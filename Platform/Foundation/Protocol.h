@@ -1,4 +1,5 @@
-// Protocols: abstract classes whose operations may be optional.
+// Protocols: abstract classes that other classes adopt (derive from). An operation of a protocol is
+// optional if the adopting class need not override it.
 #pragma once
 
 #include <bitset>
@@ -22,20 +23,20 @@ using Strong = std::shared_ptr<T>;
 template <class T>
 using Weak = std::weak_ptr<T>;
 
-/// The root of all protocols: the operations of every object.
+/// The base class of NSObject and of all protocols.
 class VEL_EXPORT NSObjectProtocol : public NonCopyable {
  public:
   virtual ~NSObjectProtocol() = default;
 
   /// The name of the object's class. The template `Class` in NSObject.h implements this operation.
   [[nodiscard]] virtual std::string_view className() const = 0;
-  /// Returns true if the objects are equal; each class defines what this means. Returns false for
+  /// Returns true if `other` equals this object. Each class defines equality. Returns false for
   /// null.
   [[nodiscard]] virtual bool isEqual(const NSObjectProtocol* other) const = 0;
 };
 
-/// Says which optional operations of a protocol an object responds to: one bit for each optional
-/// operation, in the order in which the protocol lists them.
+/// A set of optional operations of one protocol. Each bit stands for one operation, in the order of
+/// the list `Optional` (see `Protocol` below).
 using OperationSet = std::bitset<8>;
 
 /// A list of operations, as member function pointers.
@@ -43,25 +44,25 @@ template <auto... Operation>
 struct Operations {};
 
 /// The base of a protocol with optional operations. The protocol gives each optional operation a
-/// default body and lists it:
+/// default body and defines the list `Optional`:
 ///
 ///     template <class Adopter>
 ///     using Optional = Operations<&Adopter::first, &Adopter::second>;
 ///
-/// `Self` is the protocol itself, so each protocol has its own base class. A class that adopts
-/// several protocols therefore has one `respondingOperations` for each protocol.
+/// `Self` is the protocol. Each protocol therefore has a base class of its own, with its own
+/// `respondingOperations`.
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
-  /// The optional operations that the object responds to. In the template `Adopts` below, this
-  /// function returns the operations that the adopting class overrides. A class that decides at run
-  /// time which operations it responds to overrides this function.
+  /// The optional operations that the object implements (responds to). By default, these are the
+  /// operations that the object's class overrides. A class may override this function and decide at
+  /// run time.
   [[nodiscard]] virtual OperationSet respondingOperations() const = 0;
 };
 
 namespace detail {
 
-// A different type for each operation. The functions below compare these types, because pointers to
+// Turns an operation into a type. The functions below compare these types, because pointers to
 // virtual member functions cannot be compared at compile time.
 template <auto Operation>
 struct Constant {};
@@ -74,9 +75,9 @@ consteval std::size_t indexOf(Operations<Listed...>) {
   return isFound ? index : OperationSet().size();
 }
 
-// Both lists contain the optional operations: `Declared` as members of the protocol, `Adopted` as
-// members of the adopter. If the adopter does not override an operation, both lists contain the
-// same pointer, because the adopter's member is the protocol's member.
+// For each optional operation, `Declared` contains `&P::operation` and `Adopted` contains
+// `&Adopter::operation`. The two pointers are the same if the adopter does not override the
+// operation.
 template <auto... Declared, auto... Adopted>
 constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<Adopted...>) {
   unsigned long bits = 0;
@@ -88,6 +89,7 @@ constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<
 template <class P>
 concept HasOptionalOperations = requires { typename P::template Optional<P>; };
 
+// The protocol that declares an operation. T is the type of the pointer to the operation.
 template <class T>
 struct ProtocolOf;
 template <class R, class P, class... A>
@@ -101,8 +103,8 @@ struct ProtocolOf<R (P::*)(A...) const> {
 
 }  // namespace detail
 
-/// A base class through which the class `Adopter` adopts the protocol P. The template `Class` in
-/// NSObject.h derives from it.
+/// A base of each class `Adopter` that adopts the protocol P. The template `Class` in NSObject.h
+/// adds this base. If P has optional operations, `Adopts` implements `respondingOperations`.
 template <class Adopter, class P>
 class Adopts : public P {};
 
@@ -118,28 +120,27 @@ class Adopts<Adopter, P> : public P {
   }
 };
 
-/// Returns true if the object responds to the optional operation:
-/// `respondsTo<&P::operation>(delegate)`. Returns false for null.
+/// Returns true if the object responds to the optional operation. Returns false for null. Example:
+/// `respondsTo<&P::operation>(delegate)`.
 template <auto Operation, class P>
 [[nodiscard]] bool respondsTo(const Strong<P>& object) {
-  using Declaring = typename detail::ProtocolOf<decltype(Operation)>::Type;
-  constexpr auto index =
-      detail::indexOf<Operation>(typename Declaring::template Optional<Declaring>());
+  using DeclaringProtocol = typename detail::ProtocolOf<decltype(Operation)>::Type;
+  constexpr auto index = detail::indexOf<Operation>(
+      typename DeclaringProtocol::template Optional<DeclaringProtocol>());
   static_assert(index < OperationSet().size(),
                 "the protocol does not list this operation as optional");
   return object != nullptr &&
-         static_cast<const Declaring&>(*object).respondingOperations().test(index);
+         static_cast<const DeclaringProtocol&>(*object).respondingOperations().test(index);
 }
 
-/// Casts the object to a protocol or class P. Returns null if the object does not adopt the
-/// protocol or is not an object of the class.
+/// Casts the object to the protocol or class P. Returns null if the object is null or its
+/// class does not derive from P.
 template <class P, class T>
 [[nodiscard]] Strong<P> as(const Strong<T>& object) {
   return std::dynamic_pointer_cast<P>(object);
 }
 
-/// Returns true if the object's class declares that it adopts P. A class that has P's operations
-/// but does not declare P does not conform to it.
+/// Returns true if the object's class adopts the protocol P. Returns false for null.
 template <class P, class T>
 [[nodiscard]] bool conformsTo(const Strong<T>& object) {
   return dynamic_cast<const P*>(object.get()) != nullptr;

@@ -5,8 +5,8 @@
 
 namespace vel {
 
-/// The machine's steady clock. `waitUntil` calls `WaitSet::wait`, so input or a signal also ends
-/// the wait. The wait set must outlive the clock.
+/// The machine's steady clock. Input or a signal may end `waitUntil` before the deadline. `waitSet`
+/// must outlive the clock.
 class RealClock final : public Clock {
  public:
   explicit RealClock(WaitSet& waitSet) : waitSet_(waitSet) {}

@@ -10,33 +10,34 @@
 
 namespace vel {
 
-/// A thread's pool for deferred releases. It keeps an object alive until the end of the run loop
-/// pass in which the object was added, or until the end of the next pass if no pass was running. On
-/// a thread without a run loop, it keeps each object alive until the thread ends.
+/// Keeps objects alive and releases them later. Each thread has its own pool. On the main thread,
+/// the end of a run loop pass releases the objects that were added during the pass. Objects that
+/// are added between two passes are released at the end of the second pass. On other threads, the
+/// end of the thread releases its objects.
 class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;
-  /// Releases all objects before the members are destroyed, because the destructor of an object may
-  /// add more objects.
+  /// Releases the objects while `objects_` still exists, because an object's destructor may add
+  /// objects to the pool.
   ~ReleasePool() { drainTo(0); }
 
   /// The pool of the calling thread.
   static ReleasePool& currentPool();
 
-  /// Keeps `object` alive until the pool is drained.
+  /// Keeps `object` alive until `drainTo` releases it.
   void add(Strong<const NSObjectProtocol> object) { objects_.push_back(std::move(object)); }
 
-  /// The number of objects in the pool. `drainTo` takes this number as a mark.
   [[nodiscard]] std::size_t size() const { return objects_.size(); }
 
-  /// Releases the objects that were added after `size` returned `mark`, oldest first.
+  /// Releases all objects except the first `mark` objects, oldest first. Pass an earlier result of
+  /// `size` to release only the objects that were added later.
   void drainTo(std::size_t mark);
 
  private:
   std::vector<Strong<const NSObjectProtocol>> objects_;
 };
 
-/// Adds `object` to the current thread's pool and returns it.
+/// Adds `object` to the current thread's pool and returns `object`.
 template <class T>
 const Strong<T>& releaseLater(const Strong<T>& object) {
   ReleasePool::currentPool().add(object);

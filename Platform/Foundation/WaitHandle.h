@@ -2,11 +2,11 @@
 
 namespace vel {
 
-/// Identifies an event source that a thread can wait for, such as the connection to a display
-/// server. On POSIX systems the handle contains a file descriptor, which it does not own.
+/// A file descriptor that a thread can poll, for example of the connection to a display
+/// server. Does not own the descriptor.
 class WaitHandle {
  public:
-  /// An invalid handle: there is nothing to wait for.
+  /// Makes an invalid handle.
   WaitHandle() = default;
   explicit WaitHandle(int descriptor) : descriptor_(descriptor) {}
 

@@ -1,4 +1,4 @@
-// Writes compact JSON. The members of an object keep the order in which they are written.
+// Functions that append compact JSON to a text.
 #pragma once
 
 #include <concepts>
@@ -20,8 +20,8 @@ template <std::integral Number>
 void writeJson(std::string& text, Number value) {
   text += std::to_string(value);
 }
-/// Writes NaN and the infinities as the strings "nan", "inf" and "-inf", because JSON has no such
-/// numbers.
+/// Writes NaN and the infinities as the strings "nan", "inf" and "-inf", because JSON has only
+/// finite numbers.
 void writeJson(std::string& text, double value);
 void writeJson(std::string& text, std::string_view value);
 void writeJson(std::string& text, std::nullptr_t value);
@@ -44,8 +44,8 @@ void writeJson(std::string& text, const std::vector<Value>& values) {
   text += ']';
 }
 
-/// Appends a JSON object to `text`. The constructor writes the opening brace, and the destructor
-/// writes the closing brace.
+/// A JSON object that is being appended to `text`. The destructor writes the closing brace. The
+/// members are in the order of the calls.
 class JsonObject : private NonCopyable {
  public:
   explicit JsonObject(std::string& text) : text_(text) { text_ += '{'; }
@@ -56,7 +56,7 @@ class JsonObject : private NonCopyable {
     writeJson(beginMember(name), value);
     return *this;
   }
-  /// Writes the name of a member and returns the text, to which the caller must append the value.
+  /// Writes the name of a member. The caller must append the value to the returned text.
   std::string& beginMember(std::string_view name);
 
  private:

@@ -34,7 +34,7 @@ std::optional<std::string_view> nameOfContent(std::optional<ContentName> content
   return content ? std::optional(nameOf(*content, kContentNames)) : std::nullopt;
 }
 
-/// Writes all members of a trace line except "t", the time.
+/// Writes the members of a trace line that depend on the kind of event.
 class LineWriter {
  public:
   LineWriter(std::string& text, JsonObject& line) : text_(text), line_(line) {}
@@ -92,10 +92,10 @@ class LineWriter {
     JsonObject(text_).member(operation, value);
   }
 
-  template <class Part>
-  void writeOptional(const std::optional<Part>& part) {
-    if (part) {
-      write(*part);
+  template <class Value>
+  void writeOptional(const std::optional<Value>& value) {
+    if (value) {
+      write(*value);
     } else {
       writeJson(text_, nullptr);
     }
@@ -171,7 +171,7 @@ class LineWriter {
   }
 
   std::string& text_;
-  JsonObject& line_;
+  JsonObject& line_;  // appends to `text_`
 };
 
 }  // namespace

@@ -19,6 +19,7 @@ std::string WindowNames::nameOf(NSWindow& window) {
   if (match != entries_.end()) {
     return match->name;
   }
+  // A window without a name is a modal window or a sheet: `add` has named all plain windows.
   const bool isModal = window.kind() == WindowKind::Modal;
   std::string name(isModal ? kModalWindowPrefix : kSheetPrefix);
   name += std::to_string(isModal ? ++modalWindowCount_ : ++sheetCount_);

@@ -5,10 +5,10 @@
 namespace vel::x11 {
 
 Nanoseconds Animation::deadline() const {
-  const bool isRunning = std::ranges::any_of(windows_, [](const auto& entry) {
+  const bool isAnySpinnerAnimated = std::ranges::any_of(windows_, [](const auto& entry) {
     return entry.second.isOnScreen() && entry.second.cover->isAnimated();
   });
-  return isRunning ? nextStepTime_ : kNever;
+  return isAnySpinnerAnimated ? nextStepTime_ : kNever;
 }
 
 void Animation::advance(Nanoseconds now) {
@@ -21,6 +21,7 @@ void Animation::advance(Nanoseconds now) {
     }
   }
   constexpr Nanoseconds kInterval = Spinner::kFrameInterval;
+  // A spinner's frame changes at each multiple of `kInterval`.
   nextStepTime_ = (now / kInterval + 1) * kInterval;
 }
 

@@ -1,4 +1,4 @@
-// The atoms that the back end uses. They are interned once, when the connection is opened.
+// The atoms that the X11 back end uses.
 #pragma once
 
 #include <array>
@@ -34,10 +34,11 @@ enum class Atom : std::size_t {
   NetWmActionClose,
   NetWmActionMinimize,
   NetWmActionResize,
-  VelTime,  // our own property: `Connection::serverTime` writes it to learn the time
-  Count,
+  VelTime,  // our own property, see `Connection::serverTime`
+  Count,    // the number of atoms
 };
 
+/// The names of the atoms, in the order of `Atom`.
 inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Count)> kAtomNames{
     "UTF8_STRING",
     "WM_STATE",
@@ -68,7 +69,7 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Cou
     "_VEL_TIME",
 };
 
-/// While a window has one of these states, the window manager chooses the window's size.
+/// The window manager chooses the size of a window that has one of these states.
 inline constexpr std::array kMaximizedAndFullscreenStates{
     Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert, Atom::NetWmStateMaximizedHorz};
 
