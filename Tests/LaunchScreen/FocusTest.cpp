@@ -194,11 +194,18 @@ TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   notifyDidBecomeKey(window);
+  EXPECT_EQ(pendingTaskCount(), 1u);
   platform.run(0.5);
   notifyDidResignKey(window);
   platform.run(5.0);
+  EXPECT_EQ(pendingTaskCount(), 0u) << "the task has run";
   EXPECT_TRUE(platform.events.empty());
   EXPECT_FALSE(manager->eventWasSended());
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+  // The event is recorded 1.5 s after the window becomes key again.
+  notifyDidBecomeKey(window);
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 7.0}}));
 }
 
 TEST_F(FocusTest, APostponedEventIsRecordedOnceIfTheWindowBecomesKeyTwice) {

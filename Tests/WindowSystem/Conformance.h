@@ -73,7 +73,7 @@ class Conformance : public testing::TestWithParam<Backend> {
   /// Delivers events until `reports` contains `line`. Returns false on a timeout.
   bool waitFor(const std::string& line);
   void deliver() { deliverAll(system()); }
-  /// Calls every operation of WindowSystem on this window, except `setModalWindow`.
+  /// Calls every operation of WindowSystem on this window.
   void callEveryOperation(WindowHandle window);
 
   std::unique_ptr<TestDisplay> display = GetParam().open();

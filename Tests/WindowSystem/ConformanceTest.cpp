@@ -48,6 +48,8 @@ void Conformance::callEveryOperation(WindowHandle window) {
   system().setStyleMask(window, 1);
   system().setMovableByBackground(window, true);
   system().setScene(window, {{.kind = SceneItem::Kind::Fill, .frame = kFrame, .color = {}}});
+  system().setModalWindow(window);
+  system().setModalWindow(WindowHandle::None);
   system().orderOut(window);
   system().releaseWindow(window);
   EXPECT_FALSE(system().picture(window).has_value());

@@ -4,22 +4,29 @@
 #include <array>
 #include <map>
 
+#include "Platform/Dispatch/Dispatch.h"
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 namespace vel::test {
 namespace {
 
+using testing::ElementsAre;
+using testing::HasSubstr;
+
 class X11Resources : public X11HostTest, public testing::WithParamInterface<std::int32_t> {
  protected:
-  /// Requests and presents a launch screen with an indicator, and waits until it has ended.
+  /// Requests and presents a launch screen with an indicator, and waits until it has ended and the
+  /// main queue is empty.
   void runOnce() {
     events.clear();
     hasIndicator = true;
     const auto childrenBefore = client.children(game);
     present(0.1, GetParam());
     EXPECT_TRUE(runUntil([&] {
-      return !events.empty() && client.children(game) == childrenBefore && player->isKeyWindow();
+      return !events.empty() && client.children(game) == childrenBefore && player->isKeyWindow() &&
+             dispatch_get_main_queue().pendingWorkCount() == 0;
     }));
+    EXPECT_THAT(events, ElementsAre("launch_end"));
     launchScreen->deactivate();
     launchScreen = nullptr;
   }
@@ -45,7 +52,7 @@ TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
   runOnce();
   EXPECT_EQ(resources(), resourcesBefore);
   // The log contains only the host mode of each presentation.
-  EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
+  EXPECT_THAT(log, ElementsAre(HasSubstr("mode: "), HasSubstr("mode: ")));
 }
 
 std::string nameOfMode(const testing::TestParamInfo<std::int32_t>& testInfo) {

@@ -43,11 +43,15 @@
 }
 @end
 
-// A content view that refuses each added view.
-@interface RefusingContentView : NSView
+// A green content view that refuses and counts each added view.
+@interface RefusingContentView : GreenContentView {
+ @public
+  int refusals;
+}
 @end
 @implementation RefusingContentView
 - (void)addSubview:(NSView*)view positioned:(NSWindowOrderingMode)place relativeTo:(NSView*)other {
+  ++refusals;
 }
 @end
 
@@ -202,11 +206,16 @@ TEST_F(CocoaWindowTest, AContentViewCanForwardTheCoverToAnInnerView) {
 }
 
 TEST_F(CocoaWindowTest, AContentViewCanRefuseTheCover) {
-  [native setContentView:[[[RefusingContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)]
-                             autorelease]];
+  RefusingContentView* const refusing =
+      [[[RefusingContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)] autorelease];
+  [native setContentView:refusing];
   showWhite(400, 300);
-  system->deliverEvents();
-  EXPECT_EQ([[[native contentView] subviews] count], 0U);
+  EXPECT_GT(refusing->refusals, 0);
+  EXPECT_EQ([[refusing subviews] count], 0U);
+  EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
+  // The back end still shows the cover in the next content view.
+  [native setContentView:content];
+  EXPECT_TRUE(waitFor([this] { return isAll(kWhite); }));
 }
 
 TEST_F(CocoaWindowTest, TheCoverReturnsWhenTheWindowHasAContentViewAgain) {
@@ -317,20 +326,20 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   const NSSize minSize = [native minSize];
   const NSSize maxSize = [native maxSize];
   system->setStyleMask(window, NSWindowStyleMaskTitled);
-  EXPECT_EQ([native minSize].width, [native frame].size.width);
-  EXPECT_EQ([native maxSize].height, [native frame].size.height);
+  EXPECT_TRUE(NSEqualSizes([native minSize], [native frame].size));
+  EXPECT_TRUE(NSEqualSizes([native maxSize], [native frame].size));
   // 6 is the close and miniaturise controls. AppKit cannot remove these controls, because the
   // window manager draws the title bar.
   EXPECT_TRUE(
       waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
   // In the free AppKit, not even the owner can change the fixed size.
   [native setContentSize:NSMakeSize(600, 450)];
-  EXPECT_EQ([[native contentView] frame].size.width, 400);
+  EXPECT_TRUE(NSEqualSizes([[native contentView] frame].size, NSMakeSize(400, 300)));
   system->releaseWindow(window);
-  EXPECT_EQ([native minSize].width, minSize.width);
-  EXPECT_EQ([native maxSize].height, maxSize.height);
+  EXPECT_TRUE(NSEqualSizes([native minSize], minSize));
+  EXPECT_TRUE(NSEqualSizes([native maxSize], maxSize));
   [native setContentSize:NSMakeSize(600, 450)];
-  EXPECT_EQ([[native contentView] frame].size.width, 600);
+  EXPECT_TRUE(NSEqualSizes([[native contentView] frame].size, NSMakeSize(600, 450)));
 }
 
 TEST_F(CocoaWindowTest, ReleasingTheWindowKeepsAMinimumSizeThatTheOwnerHasSet) {

@@ -186,7 +186,10 @@ class X11FocusWithManager : public X11TestWithManager {};
 TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
   const xcb_window_t otherWindow = client.openGameWindow(kOtherFrame, 0);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(otherWindow); }));
+  const xcb_window_t windowToIconify = client.openGameWindow({10, 600, 100, 100}, 0);
+  for (const xcb_window_t window : {game, otherWindow, windowToIconify}) {
+    ASSERT_TRUE(waitFor([&] { return client.isViewable(window); }));
+  }
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", handle)); }));
@@ -200,7 +203,11 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
     return client.focusedWindow() == otherWindow && reports.lines.back() == "focus 0x0";
   }));
   system().requestFocus(handle);
-  deliverFor(0.3);
+  deliver();
+  // The window manager executes requests in order. When it has iconified a window, it has also
+  // processed the earlier focus request.
+  client.requestIconify(windowToIconify);
+  ASSERT_TRUE(waitFor([&] { return !client.isViewable(windowToIconify); }));
   EXPECT_EQ(client.focusedWindow(), otherWindow);
 }
 

@@ -2,9 +2,10 @@
 // end draws it.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <set>
-#include <utility>
 
 #include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 #include "Tests/Support/X11/X11Test.h"
@@ -15,6 +16,40 @@ namespace {
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr Nanoseconds kTurnDuration = kNanosecondsPerSecond;
 constexpr int kSpokes = 12;
+constexpr Nanoseconds kStepDuration = kTurnDuration / kSpokes;
+
+/// The colours of the twelve spokes, clockwise from the top.
+std::array<std::uint32_t, kSpokes> shadesIn(const Picture& picture) {
+  std::array<std::uint32_t, kSpokes> shades{};
+  for (int spoke = 0; spoke < kSpokes; ++spoke) {
+    const double angle = spoke * M_PI / 6;
+    shades.at(static_cast<std::size_t>(spoke)) =
+        picture.at(320 + static_cast<int>(std::lround(11.5 * std::sin(angle) - 0.5)),
+                   200 - static_cast<int>(std::lround(11.5 * std::cos(angle) + 0.5)));
+  }
+  return shades;
+}
+
+/// The darkest spoke on the screen. The back end has chosen this spoke for a time between
+/// `earliest` and `latest`.
+struct Observation {
+  Nanoseconds earliest = 0;
+  Nanoseconds latest = 0;
+  int darkestSpoke = 0;
+};
+
+/// Returns true if the indicator may have turned clockwise by one spoke per `kStepDuration` between
+/// the observations. Allows more than one result if the time between the observations is uncertain.
+bool isOneSpokePerStep(const Observation& first, const Observation& second) {
+  const Nanoseconds minSteps = (second.earliest - first.latest) / kStepDuration;
+  const Nanoseconds maxSteps = (second.latest - first.earliest + kStepDuration - 1) / kStepDuration;
+  for (Nanoseconds steps = minSteps; steps <= maxSteps; ++steps) {
+    if ((first.darkestSpoke + steps) % kSpokes == second.darkestSpoke) {
+      return true;
+    }
+  }
+  return false;
+}
 
 class X11Indicator : public X11Test {
  protected:
@@ -35,6 +70,15 @@ class X11Indicator : public X11Test {
     system().setScene(handle, scene);
     deliver();
     return client.screenPicture(game);
+  }
+  /// Delivers all events, which also draws the indicator for the current time.
+  Observation observe() {
+    Observation observation{.earliest = x11::steadyNow()};
+    deliver();
+    observation.latest = x11::steadyNow();
+    const auto shades = shadesIn(client.screenPicture(game));
+    observation.darkestSpoke = static_cast<int>(std::ranges::min_element(shades) - shades.begin());
+    return observation;
   }
   /// Counts how often the picture changes in this number of seconds.
   int countChangesIn(double seconds) {
@@ -90,13 +134,8 @@ TEST_F(X11Indicator, StaysCentredWhenTheParentShrinksToTheSizeOfTheWindow) {
 }
 
 TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
-  const Picture picture = showStill();
-  std::set<std::uint32_t> shades;
-  for (int spoke = 0; spoke < 12; ++spoke) {
-    const double angle = spoke * M_PI / 6;
-    shades.insert(picture.at(320 + static_cast<int>(std::lround(11.5 * std::sin(angle) - 0.5)),
-                             200 - static_cast<int>(std::lround(11.5 * std::cos(angle) + 0.5))));
-  }
+  const auto shadesOfSpokes = shadesIn(showStill());
+  const std::set<std::uint32_t> shades(shadesOfSpokes.begin(), shadesOfSpokes.end());
   EXPECT_EQ(shades.size(), 12U);
   EXPECT_FALSE(shades.contains(kWhite));
 }
@@ -109,18 +148,23 @@ TEST_F(X11Indicator, IsScaledWithXftDpi) {
 }
 
 TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
-  Picture previousPicture = showAnimated();
-  const Nanoseconds start = x11::steadyNow();
-  EXPECT_LE(system().nextDeadline(), start + kTurnDuration / kSpokes);
-  for (int spoke = 0; spoke < kSpokes; ++spoke) {
-    EXPECT_TRUE(waitFor([&] {
-      return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
-    }));
-  }
-  // Each step turns the indicator by one spoke. If the first step happens just before `start`, the
-  // last step happens a little less than eleven twelfths of a second after `start`. So the check
-  // requires only ten twelfths.
-  EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
+  showAnimated();
+  EXPECT_LE(system().nextDeadline(), x11::steadyNow() + kStepDuration);
+  // The first observation is just after a step, so a step that is too long is noticed early.
+  const int spokeAtStart = observe().darkestSpoke;
+  Observation first;
+  ASSERT_TRUE(waitFor([&] {
+    first = observe();
+    return first.darkestSpoke != spokeAtStart;
+  }));
+  Observation latest = first;
+  EXPECT_TRUE(waitFor([&] {
+    latest = observe();
+    return !isOneSpokePerStep(first, latest) || latest.earliest - first.latest > kTurnDuration;
+  }));
+  EXPECT_TRUE(isOneSpokePerStep(first, latest))
+      << "from spoke " << first.darkestSpoke << " to spoke " << latest.darkestSpoke << " in "
+      << latest.earliest - first.latest << " to " << latest.latest - first.earliest << " ns";
 }
 
 TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
