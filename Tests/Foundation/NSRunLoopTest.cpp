@@ -40,7 +40,6 @@ class EventSource final : public RunLoopSource {
   std::function<void()> event_;
 };
 
-/// An object that runs `onDestruction` in its destructor.
 class TestObject final : public Class<TestObject, "TestObject"> {
  public:
   explicit TestObject(std::function<void()> onDestruction)
@@ -56,7 +55,6 @@ class NSRunLoopTest : public VirtualPlatformTest {
   NSRunLoopTest() { loop.setWindowSystemSource(&eventSource); }
   ~NSRunLoopTest() override { loop.setWindowSystemSource(nullptr); }
 
-  // Returns a function that appends `record` to the records.
   std::function<void()> makeRecorder(const std::string& record) {
     return [this, record] { records.push_back(record); };
   }
@@ -70,7 +68,8 @@ class NSRunLoopTest : public VirtualPlatformTest {
   std::vector<std::string> records;
 };
 
-TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenReleasePool) {
+TEST_F(NSRunLoopTest,
+       APassFiresTimersThenDeliversEventsThenRunsQueuedWorkThenDrainsTheReleasePool) {
   releaseLater(make<TestObject>(makeRecorder("pool")));
   dispatch("main queue");
   eventSource.setEvent(makeRecorder("window system"));
@@ -87,7 +86,7 @@ TEST_F(NSRunLoopTest, WorkSubmittedByATimerRunsInTheSamePass) {
   EXPECT_EQ(records, std::vector<std::string>{"main queue"});
 }
 
-TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
+TEST_F(NSRunLoopTest, PumpReturnsTrueOnlyIfItDidWork) {
   EXPECT_FALSE(loop.pump());
   dispatch("work");
   EXPECT_TRUE(loop.pump());
@@ -139,7 +138,7 @@ TEST_F(NSRunLoopTest, ATimerInSeveralModesFiresOncePerPass) {
   EXPECT_EQ(ticker->ticks(), 1);
 }
 
-TEST_F(NSRunLoopTest, ATimerThatBecameDueInAnotherModeFiresWhenItsOwnModeRuns) {
+TEST_F(NSRunLoopTest, ADueTimerWaitsUntilTheLoopRunsInItsMode) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   loop.setMode(NSEventTrackingRunLoopMode);
@@ -168,43 +167,41 @@ TEST_F(NSRunLoopTest, ATimerMayChangeTheModeOfTheNextPass) {
   loop.setMode(NSDefaultRunLoopMode);
 }
 
-// The next tests call `runModeBeforeDate`, which runs one pass. If the pass does no work, the
-// function then waits until something is due, but at most until the date.
-
-TEST_F(NSRunLoopTest, DoesNotWaitIfThePassRunsWork) {
+// `runModeBeforeDate` runs one pass, and then waits only if the pass did no work.
+TEST_F(NSRunLoopTest, RunModeBeforeDateDoesNotWaitIfThePassDoesWork) {
   dispatch("work");
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
 }
 
-TEST_F(NSRunLoopTest, WaitsForTheNextTimerOfTheMode) {
+TEST_F(NSRunLoopTest, RunModeBeforeDateWaitsForTheNextTimerOfTheMode) {
   const auto timer = schedule(0.5, makeRecorder("default mode"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.5);
   EXPECT_TRUE(records.empty());  // the timer fires in the next pass
 }
 
-TEST_F(NSRunLoopTest, DoesNotWaitForATimerOfAnotherMode) {
+TEST_F(NSRunLoopTest, RunModeBeforeDateDoesNotWaitForATimerOfAnotherMode) {
   schedule(0.5, makeRecorder("default mode"));
   loop.runModeBeforeDate(NSModalPanelRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 5);
 }
 
-TEST_F(NSRunLoopTest, WaitsForTheNextWorkOfTheMainQueue) {
+TEST_F(NSRunLoopTest, RunModeBeforeDateWaitsForTheNextWorkOfTheMainQueue) {
   dispatch("work", 0.4);
   schedule(0.5, makeRecorder("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.4);
 }
 
-TEST_F(NSRunLoopTest, WaitsForTheNextDeadlineOfTheWindowSystem) {
+TEST_F(NSRunLoopTest, RunModeBeforeDateWaitsForTheNextDeadlineOfTheWindowSystem) {
   dispatch("work", 0.4);
   eventSource.deadline = nanosecondsFromSeconds(0.3);
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.3);
 }
 
-TEST_F(NSRunLoopTest, WaitsAtMostUntilTheDate) {
+TEST_F(NSRunLoopTest, RunModeBeforeDateWaitsAtMostUntilTheDate) {
   schedule(0.5, makeRecorder("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(platform.now(), 0.2);
@@ -217,9 +214,8 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
-  // No wait is running when the thread calls `wake`, so the loop must not wake the clock. Otherwise
-  // the clock would immediately end the wait of the second `runModeBeforeDate`.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
+  // If this call of `wake` woke the clock, the second `runModeBeforeDate` would not wait.
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 5);
@@ -229,7 +225,7 @@ TEST_F(NSRunLoopTest, AWakeUpEndsOneVirtualWait) {
   VirtualClock clock;
   clock.wake();
   EXPECT_TRUE(clock.waitUntil(kNever));
-  EXPECT_FALSE(clock.waitUntil(kNever));  // the clock reports that the wait would never end
+  EXPECT_FALSE(clock.waitUntil(kNever));  // no wake-up is left: the wait would never end
   EXPECT_EQ(clock.now(), 0);
 }
 
@@ -242,12 +238,12 @@ TEST_F(NSRunLoopTest, VirtualTimeJumpsToTheNextDeadline) {
   EXPECT_EQ(times, (std::vector<double>{0.25, 3.5, 1'000'000.0}));
 }
 
-TEST_F(NSRunLoopTest, AVirtualWaitWithNothingScheduledThrows) {
+TEST_F(NSRunLoopTest, AnEndlessWaitThrowsInVirtualTime) {
   EXPECT_THROW(loop.runUntil([] { return false; }), EndlessWaitError);
   EXPECT_THROW(loop.runModeBeforeDate(NSDefaultRunLoopMode, kNever), EndlessWaitError);
 }
 
-TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
+TEST_F(NSRunLoopTest, EndlessWaitErrorListsTheTimersOfAllModes) {
   schedule(0.5, make<Ticker>());
   try {
     loop.runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
@@ -261,7 +257,7 @@ TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
   }
 }
 
-TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitMarksATimerThatIsFiring) {
+TEST_F(NSRunLoopTest, EndlessWaitErrorMarksATimerThatIsFiring) {
   std::string text;
   schedule(
       0.5,
@@ -279,15 +275,15 @@ TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitMarksATimerThatIsFiring) {
   EXPECT_NE(text.find("firing now"), std::string::npos) << text;
 }
 
-TEST_F(NSRunLoopTest, RunsUntilTheDateAndNotLonger) {
+TEST_F(NSRunLoopTest, RunUntilDateRunsWorkThatIsDueAtTheDateButNoLaterWork) {
   schedule(1.0, makeRecorder("at the date"));
-  schedule(1.000000001, makeRecorder("after it"));
+  schedule(1.000000001, makeRecorder("after the date"));
   loop.runUntilDate(nanosecondsFromSeconds(1));
   EXPECT_EQ(records, std::vector<std::string>{"at the date"});
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(NSRunLoopTest, RunningUntilADateRunsTheWorkThatIsSubmittedAtTheDate) {
+TEST_F(NSRunLoopTest, RunUntilDateRunsWorkThatIsSubmittedAtTheDate) {
   schedule(1.0, [this] {
     dispatch_async(dispatch_get_main_queue(), [this] { dispatch("inner work"); });
   });
@@ -295,21 +291,21 @@ TEST_F(NSRunLoopTest, RunningUntilADateRunsTheWorkThatIsSubmittedAtTheDate) {
   EXPECT_EQ(records, std::vector<std::string>{"inner work"});
 }
 
-TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
+TEST_F(NSRunLoopTest, RunUntilDateReturnsEvenIfATimerIsAlwaysLate) {
   const auto slowTicker = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
   schedule(0.1, slowTicker, Repeats::Yes);
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(slowTicker->ticks(), 5);  // the last tick was due at 0.9 s and fired at 1.1 s
+  EXPECT_EQ(slowTicker->ticks(), 5);  // the fifth tick was due at 0.9 s and started at 1.1 s
 }
 
-TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
+TEST_F(NSRunLoopTest, RunUntilDateWithAPastDateRunsWorkThatIsDueNow) {
   letTimePass(1);
   dispatch("work");
   loop.runUntilDate(0);
   EXPECT_EQ(records, std::vector<std::string>{"work"});
 }
 
-TEST_F(NSRunLoopTest, RunsUntilTheConditionIsTrue) {
+TEST_F(NSRunLoopTest, RunUntilReturnsWhenTheConditionIsTrue) {
   bool isDone = false;
   schedule(1.0, [&isDone] { isDone = true; });
   schedule(2.0, makeRecorder("too late"));
@@ -358,9 +354,11 @@ TEST_F(NSRunLoopTest, ANewClockInvalidatesAllTimers) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSRunLoopTest, HasNoWaitHandleInVirtualTime) { EXPECT_FALSE(loop.waitHandle().isValid()); }
+TEST_F(NSRunLoopTest, TheLoopHasNoWaitHandleInVirtualTime) {
+  EXPECT_FALSE(loop.waitHandle().isValid());
+}
 
-TEST_F(NSRunLoopTest, WorkTakesNoVirtualTime) {
+TEST_F(NSRunLoopTest, RunningWorkDoesNotAdvanceVirtualTime) {
   for (int number = 0; number < 100; ++number) {
     dispatch("work");
     loop.pump();

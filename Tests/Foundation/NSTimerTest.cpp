@@ -14,7 +14,6 @@ namespace {
 
 class NSTimerTest : public VirtualPlatformTest {
  protected:
-  // Schedules a timer that records its name when it fires.
   Strong<NSTimer> scheduleNamed(const std::string& name, double seconds,
                                 Repeats repeats = Repeats::No) {
     return schedule(
@@ -167,7 +166,7 @@ TEST_F(NSTimerTest, DoesNotFireAgainWhileItsTargetRunsANestedLoop) {
   EXPECT_EQ(nestingTicker->ticks(), 2);
 }
 
-TEST_F(NSTimerTest, IsInvalidDuringAndAfterItsOnlyFiring) {
+TEST_F(NSTimerTest, AOneShotTimerIsInvalidDuringAndAfterItsFiring) {
   bool isValidDuringCall = true;
   const auto oneShotTicker =
       make<Ticker>([&](NSTimer& timer) { isValidDuringCall = timer.isValid(); });
@@ -179,7 +178,7 @@ TEST_F(NSTimerTest, IsInvalidDuringAndAfterItsOnlyFiring) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItsOnlyFiring) {
+TEST_F(NSTimerTest, AOneShotTimerReleasesItsTargetAfterFiring) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker);
   ticker.reset();
@@ -188,7 +187,7 @@ TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItsOnlyFiring) {
   EXPECT_TRUE(target.expired());
 }
 
-TEST_F(NSTimerTest, ARepeatingTimerKeepsItsTargetAliveUntilItIsInvalidated) {
+TEST_F(NSTimerTest, ARepeatingTimerReleasesItsTargetWhenInvalidated) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   ticker.reset();
@@ -199,7 +198,7 @@ TEST_F(NSTimerTest, ARepeatingTimerKeepsItsTargetAliveUntilItIsInvalidated) {
   EXPECT_EQ(timer->target(), nullptr);
 }
 
-TEST_F(NSTimerTest, ATargetThatInvalidatesItsTimerLivesUntilTheCallReturns) {
+TEST_F(NSTimerTest, ATargetStaysAliveWhileItInvalidatesItsTimer) {
   Weak<Ticker> target;
   bool isAliveDuringCall = false;
   {
@@ -260,7 +259,8 @@ TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
     timer->invalidate();
     isValid = timer->isValid();
   });
-  // The other thread must not touch the run loop's timers while the main thread changes them.
+  // If the other thread also accessed the run loop's timers, the thread sanitizer would report a
+  // data race with this loop.
   for (int number = 0; number < 100; ++number) {
     schedule(0.1, ticker)->invalidate();
   }

@@ -1,5 +1,5 @@
-// The waits of the real clock, and the descriptor that a host polls to know when a run loop pass is
-// due. These tests take real milliseconds.
+// Tests the real clock and the run loop's descriptor. A host polls the descriptor to know when a
+// pass is due. The tests wait in real time.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -47,7 +47,7 @@ class RealClockTest : public testing::Test {
     loop.useRealTime();  // discards the watched handle and the wake-ups
   }
 
-  // Returns true if the descriptor becomes readable within `milliseconds`.
+  // Returns true if the run loop's descriptor becomes readable within `milliseconds`.
   bool isReadable(int milliseconds = 0) {
     pollfd pollEntry{.fd = loop.waitHandle().descriptor(), .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, milliseconds) == 1;
@@ -134,23 +134,22 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpDoesNotEndAWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
   std::atomic<bool> hasLoopReturned = false;
-  // The loop runs a pass before it waits. The pass acknowledges all earlier wake-ups, so they do
-  // not end the wait. So `otherThread` wakes the loop repeatedly.
+  // The pass before the wait acknowledges all earlier wake-ups. So `otherThread` wakes the loop
+  // repeatedly.
   std::thread otherThread([this, &hasLoopReturned] {
     while (!hasLoopReturned) {
       loop.wake();
       std::this_thread::yield();
     }
   });
-  // The condition is false at the first check and true at the second. Between the two checks, the
-  // loop runs one pass and then waits once.
+  // The condition is true at the second check, so the loop waits only once.
   loop.runUntil([&isFirstCheck] { return !std::exchange(isFirstCheck, false); });
   hasLoopReturned = true;
   otherThread.join();
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
-  // A wake-up may come before a wait, at its start or during it. Many rounds make all three likely.
+  // Work may arrive before a wait, at its start or during it. Many rounds make each likely.
   std::atomic<int> completedRounds = 0;
   int runCount = 0;  // used by the main thread only
   constexpr int kRounds = 500;
@@ -275,8 +274,8 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheLoopsDescriptorRea
     while (endedRound != round) {
       loop.pump();
     }
-    // The other thread's call of `wake` has returned. The next pass acknowledges this wake-up. The
-    // pass after it has no work, and must not make the descriptor readable.
+    // The other thread's call of `wake` has returned. The first pass acknowledges the wake-up. The
+    // second pass has no work and must not make the descriptor readable.
     loop.pump();
     loop.pump();
     readableCount += isReadable() ? 1 : 0;

@@ -30,7 +30,8 @@ class Ticker final : public Class<Ticker, "Ticker"> {
 
 enum class Repeats : bool { No, Yes };
 
-/// Schedules a timer for `ticker` in the default mode of the run loop.
+/// Schedules a timer that calls `ticker` after `seconds`. A repeating timer calls `ticker` every
+/// `seconds`. The timer fires in the default mode of the current thread's run loop.
 inline Strong<NSTimer> schedule(double seconds, const Strong<Ticker>& ticker,
                                 Repeats repeats = Repeats::No) {
   return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Ticker::tick>(

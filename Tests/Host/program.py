@@ -1,4 +1,4 @@
-"""Runs the program `launchscreen` for its tests."""
+"""Runs the program `launchscreen` in tests."""
 
 import os
 import subprocess
@@ -6,8 +6,7 @@ from pathlib import Path
 
 PROGRAM = os.environ["LAUNCHSCREEN"]
 ROOT = Path(__file__).resolve().parents[2]
-# The time limit for a run, in seconds. It is much longer than any run, even on a busy machine and
-# with a sanitizer.
+# The time limit for a run, in seconds. It is long enough for a busy machine and a sanitizer.
 TIMEOUT = 120
 
 # Omits the display variables, so that the program does not open windows on the developer's display.
@@ -15,7 +14,7 @@ _environment = {name: value for name, value in os.environ.items() if name not in
 
 
 def run(*arguments, **settings):
-    """Runs the program to its end. Returns the exit status and the output as text."""
+    """Runs the program to its end. Returns a `subprocess.CompletedProcess` with text output."""
     settings.setdefault("stdin", subprocess.DEVNULL)
     return subprocess.run(
         [PROGRAM, *arguments],
@@ -33,6 +32,5 @@ def start(*arguments, **settings):
     settings.setdefault("stdin", subprocess.DEVNULL)
     settings.setdefault("stdout", subprocess.PIPE)
     settings.setdefault("stderr", subprocess.PIPE)
-    # `bufsize=0` turns off the buffer. With a buffer, `readline` would read ahead, and `communicate` would
-    # not return that data.
+    # With a buffer, `readline` would read ahead. `communicate` would then lose the buffered data.
     return subprocess.Popen([PROGRAM, *arguments], bufsize=0, env=_environment, **settings)

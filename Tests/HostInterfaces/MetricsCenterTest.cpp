@@ -25,18 +25,18 @@ class MetricsCenterTest : public testing::Test {
   std::vector<std::string> events;
 };
 
-TEST_F(MetricsCenterTest, PassesEventsToTheSinkInsteadOfTheLog) {
+TEST_F(MetricsCenterTest, LogEventPassesTheEventToTheSinkAndNotToTheLog) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
   EXPECT_TRUE(logLines.empty());
 }
 
-TEST_F(MetricsCenterTest, PassesANullEventToTheSinkAsAnEmptyString) {
+TEST_F(MetricsCenterTest, LogEventPassesNullToTheSinkAsAnEmptyString) {
   MetricsCenter::logEvent(nullptr);
   EXPECT_EQ(events, std::vector<std::string>{""});
 }
 
-TEST_F(MetricsCenterTest, LogsEachEventIfThereIsNoSink) {
+TEST_F(MetricsCenterTest, LogEventWritesToTheLogIfThereIsNoSink) {
   MetricsCenter::setSink(nullptr);
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   MetricsCenter::logEvent(nullptr);

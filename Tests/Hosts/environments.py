@@ -1,6 +1,6 @@
-"""The environments of the trials, and the X server of each trial.
+"""Describes and starts the environments in which trial.py runs.
 
-A trial covers the window of a program in one environment (trial.py).
+A trial is one run of trial.py: it covers the window of a program with a launch screen.
 """
 
 import os
@@ -18,12 +18,12 @@ SCREEN = (1280, 960)
 
 def wait_until(condition, patience=PATIENCE, pause=0.02):
     """Calls `condition` until it returns a true value. Returns this value, or None after `patience` seconds."""
-    limit = time.monotonic() + patience
+    deadline = time.monotonic() + patience
     while True:
         value = condition()
         if value:
             return value
-        if time.monotonic() >= limit:
+        if time.monotonic() >= deadline:
             return None
         time.sleep(pause)
 
@@ -31,15 +31,14 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 class Environment:
     """A window manager and possibly a compositor. The environment "bare" has neither.
 
-    `commands` start the window manager and the compositor. Each trial has a home folder of its own, and
-    `{home}` in a command stands for this folder. `files` maps the name of each settings file in the home
-    folder to the content of the file. `needs_bus` is true if the window manager or the compositor needs
-    a D-Bus session bus.
+    `commands` start the window manager and the compositor. `{home}` in a command stands for the home
+    folder of the trial. `files` maps the name of each settings file in the home folder to the content of
+    the file. `needs_bus` is true if the window manager or the compositor needs a D-Bus session bus.
 
     A window manager may draw a frame with buttons around each window. `buttons` maps the name of each
-    button to an offset: the position of the button's centre relative to the top right corner of the
-    window inside the frame. The map is empty if the window manager draws no buttons. `can_resize` is
-    true if the user can resize a window by the bottom right corner of the frame.
+    button to the position of the button's centre. The position is in pixels, relative to the top right
+    corner of the window without the frame. `buttons` is empty if the window manager draws no buttons.
+    `can_resize` is true if the user can resize a window by the bottom right corner of the frame.
 
     `publishes_actions_only_when_mapped` is true if the window manager writes _NET_WM_ALLOWED_ACTIONS only
     when it maps a window.
@@ -77,7 +76,7 @@ button-layout=':minimize,maximize,close'
 button-layout=':minimize,maximize,close'
 """
 
-_I3 = """font pango:DejaVu Sans Mono 8
+_I3_CONFIG = """font pango:DejaVu Sans Mono 8
 """
 
 _OPENBOX = Environment(
@@ -119,7 +118,7 @@ ENVIRONMENTS = [
         buttons={"close": (-12, -9), "maximise": (-38, -9), "minimise": (-58, -9)},
         can_resize=True,
     ),
-    Environment("i3", commands=[["i3", "-c", "{home}/i3.config"]], files={"i3.config": _I3}),
+    Environment("i3", commands=[["i3", "-c", "{home}/i3.config"]], files={"i3.config": _I3_CONFIG}),
     Environment(
         "picom",
         commands=[["openbox"], ["picom", "--backend", "xrender", "--config", "/dev/null"]],
@@ -131,7 +130,11 @@ ENVIRONMENTS = [
 
 
 class Display:
-    """An X server with the programs of an environment. `close` ends the server and these programs."""
+    """An X server for one environment.
+
+    The constructor starts the X server. `start_manager` starts the environment's programs. `close` ends
+    the X server and these programs.
+    """
 
     def __init__(self, environment):
         self.environment = environment
@@ -146,8 +149,8 @@ class Display:
             pass_fds=[writer],
         )
         os.close(writer)
-        with os.fdopen(reader) as numbers:
-            self.name = ":" + numbers.readline().strip()
+        with os.fdopen(reader) as display_numbers:
+            self.name = ":" + display_numbers.readline().strip()
         if self.name == ":":
             raise RuntimeError("Xvfb does not start")
         os.environ["DISPLAY"] = self.name

@@ -6,13 +6,12 @@ usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jo
 
 A host is a program with a window (hosts.py). An environment is a window manager and possibly a compositor
 (environments.py). A trial uses `launchscreen` to cover the window of one host in one environment
-(trial.py). ENDING is what ends the cover: time, skip, SIGTERM or SIGINT.
+(trial.py). ENDING is what ends the launch screen: time, skip, SIGTERM or SIGINT.
 
-FOLDER must contain hosts-sampler and hosts-badhost. The script writes the other programs that it builds
-to FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
-JSON file with the name of TABLE and the suffix .json. With --update, both files keep the earlier result
-of each pair of host and environment that this run does not include. Exits with 1 if a result in the
-table is a fault or "not run".
+FOLDER must contain hosts-sampler and hosts-badhost. The script also builds hosts into FOLDER. The script
+writes the table to TABLE (by default build/hosts.md). It writes all details to a JSON file with the name
+of TABLE and the suffix .json. A run with --update replaces only the results of its own pairs of host and
+environment. Exits with 1 if a result in the table is a fault or "not run".
 """
 
 import argparse
@@ -106,7 +105,7 @@ def table_row(result):
 
 def table(results, hosts, environments, seconds):
     symbols = {"passed": "✓", "fault": "✗", "not run": "–"}
-    by_pair = {(result["host"], result["environment"]): result for result in results}
+    result_by_pair = {(result["host"], result["environment"]): result for result in results}
     counts = {name: sum(verdict(result) == name for result in results) for name in symbols}
     lines = [
         "# Hosts and environments",
@@ -130,7 +129,7 @@ def table(results, hosts, environments, seconds):
     ]
     for host in hosts:
         pairs = [(host.name, environment.name) for environment in environments]
-        cells = [symbols[verdict(by_pair[pair])] if pair in by_pair else "" for pair in pairs]
+        cells = [symbols[verdict(result_by_pair[pair])] if pair in result_by_pair else "" for pair in pairs]
         lines.append("| %s: %s | %s |" % (host.name, host.description, " | ".join(cells)))
     lines += [
         "",
@@ -171,7 +170,7 @@ def main():
     def run_pair(indices):
         host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
-        # With all environments, the trials of each host include each ending.
+        # Varies the ending: a run with all environments tries each ending on each host.
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
         reason = (
             build_failures[host.name]
@@ -207,13 +206,13 @@ def main():
     output = Path(arguments.output)
     output.parent.mkdir(parents=True, exist_ok=True)
     if arguments.update and output.with_suffix(".json").exists():
-        by_pair = {
+        result_by_pair = {
             (result["host"], result["environment"]): result
             for result in json.loads(output.with_suffix(".json").read_text()) + results
         }
         hosts, environments = HOSTS, ENVIRONMENTS
         pairs = [(host.name, environment.name) for host in hosts for environment in environments]
-        results = [by_pair[pair] for pair in pairs if pair in by_pair]
+        results = [result_by_pair[pair] for pair in pairs if pair in result_by_pair]
     output.write_text(table(results, hosts, environments, seconds))
     output.with_suffix(".json").write_text(json.dumps(results, indent=1))
     print("%d trials in %d s: %s" % (len(results), seconds, output))

@@ -1,10 +1,13 @@
-// Reads the colours on the screen at nine points of the visible part of a window, again and again.
+// Repeatedly reads the colours on the screen at nine points of the visible part of a window.
 // The program ends when its standard input ends or contains data.
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
 // BACKDROP is the colour of the screen behind the window: RRGGBB in hexadecimal. MICROSECONDS is
-// the pause between two samples. Each output line describes one sample:
+// the pause between two samples.
+//
+// A mask of points has one bit for each point, row by row. Bit 0 is the top left point. Each output
+// line describes one sample:
 //
 // - the time of CLOCK_MONOTONIC in nanoseconds
 // - the window's state: V viewable, U not viewable, D destroyed
@@ -12,8 +15,6 @@
 // - a mask of the points that have the colour BACKDROP
 // - the colour of the first point that is not white
 // - the window's position and size on the screen
-//
-// A mask has one bit for each point. Bit 0 is the top left point. The points follow row by row.
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -94,7 +95,7 @@ class Sampler {
   void sample() {
     xcb_grab_server(connection_);
     bool isAreaCurrent = sampleAt(visibleArea_);
-    // If the window has moved since the last sample, the call above has updated `visibleArea_`.
+    // If `visibleArea_` was out of date, `sampleAt` has updated it.
     for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
       isAreaCurrent = sampleAt(visibleArea_);
     }
@@ -141,8 +142,8 @@ class Sampler {
     }
   }
 
-  /// Removes from the window's area the shadow that the window's owner draws, and the parts outside
-  /// the screen or outside an ancestor of the window.
+  /// Returns the part of `area` that lies on the screen and inside each ancestor of the window.
+  /// Leaves out the shadow that the window's owner draws.
   Rect clip(Rect area) {
     area = shrink(area, shadowExtents_);
     area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
@@ -184,7 +185,7 @@ class Sampler {
   }
 
   /// Reads the points of `sampledArea` and the state of the window into the members. Returns true
-  /// if `sampledArea` is the window's current visible area, or if the window does not exist.
+  /// if `sampledArea` is the window's current visible area, or if the window is destroyed.
   bool sampleAt(Rect sampledArea) {
     const auto attributes = xcb_get_window_attributes(connection_, window_);
     const auto geometry = xcb_get_geometry(connection_, window_);

@@ -1,6 +1,6 @@
-// Compares the trace of each scenario in Examples/scenarios with the expected trace in golden/. The
-// trace is what `launchscreen play` prints. The name of the expected trace is the name of the
-// scenario, two dashes, and what the trace shows.
+// `launchscreen play` plays a scenario and prints a trace. These tests play each scenario in
+// Examples/scenarios and compare the trace with the expected trace in golden/. The expected trace
+// of SCENARIO.json is SCENARIO--SUMMARY.jsonl. SUMMARY says what the trace shows.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -21,7 +21,8 @@ namespace fs = std::filesystem;
 constexpr const char* kScenarios = "Examples/scenarios";
 constexpr const char* kExpectedTraces = "Tests/Host/Play/golden";
 
-// Returns the sorted names of the files with this extension, without the extension.
+// Returns the names of the files with the extension `extension`. The names are sorted and do not
+// include the extension.
 std::vector<std::string> fileNamesIn(const fs::path& folder, std::string_view extension) {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder)) {
@@ -39,30 +40,29 @@ std::string readFile(const fs::path& file) {
   return text.str();
 }
 
-// Returns the name of the scenario that belongs to the expected trace with this name.
-std::string scenarioOf(const std::string& traceName) {
+std::string scenarioNameOf(const std::string& traceName) {
   return traceName.substr(0, traceName.find("--"));
 }
 
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
-TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
+TEST_P(PlayExamplesTest, PlayPrintsTheExpectedTrace) {
   const std::string expected = readFile(fs::path(kExpectedTraces) / (GetParam() + ".jsonl"));
   const std::string scenarioFile =
-      (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
-  const int status =
+      (fs::path(kScenarios) / (scenarioNameOf(GetParam()) + ".json")).string();
+  const int expectedStatus =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
-  // The second play shows that the first play has left no state in the process.
+  // The second play fails if the first play has left state in the process.
   for (int round = 0; round < 2; ++round) {
     std::istringstream input;
     std::ostringstream trace;
-    EXPECT_EQ(play({.file = scenarioFile}, input, trace), status);
+    EXPECT_EQ(play({.file = scenarioFile}, input, trace), expectedStatus);
     EXPECT_EQ(trace.str(), expected);
   }
 }
 
 std::string testNameOf(const testing::TestParamInfo<std::string>& testInfo) {
-  std::string name = scenarioOf(testInfo.param);
+  std::string name = scenarioNameOf(testInfo.param);
   std::ranges::replace_if(
       name, [](char character) { return std::isalnum(character) == 0; }, '_');
   return name;
@@ -74,14 +74,14 @@ INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
 TEST(PlayExampleListTest, EachScenarioHasOneExpectedTrace) {
   std::vector<std::string> scenariosWithTraces;
   std::ranges::transform(fileNamesIn(kExpectedTraces, ".jsonl"),
-                         std::back_inserter(scenariosWithTraces), &scenarioOf);
+                         std::back_inserter(scenariosWithTraces), &scenarioNameOf);
   EXPECT_EQ(scenariosWithTraces, fileNamesIn(kScenarios, ".json"));
 }
 
 TEST(PlayExampleListTest, ReadmeListsEachScenario) {
-  const std::string list = readFile(fs::path(kScenarios) / "README.md");
+  const std::string readme = readFile(fs::path(kScenarios) / "README.md");
   for (const std::string& scenario : fileNamesIn(kScenarios, ".json")) {
-    EXPECT_THAT(list, testing::HasSubstr("\n| [" + scenario + "](" + scenario + ".json) |"));
+    EXPECT_THAT(readme, testing::HasSubstr("\n| [" + scenario + "](" + scenario + ".json) |"));
   }
 }
 

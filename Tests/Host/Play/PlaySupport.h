@@ -21,21 +21,20 @@ struct PlayResult {
 /// Plays a scenario. `text` is the scenario in JSON.
 PlayResult playScenario(std::string_view text);
 
-/// Plays steps until the time `until`, in seconds, and returns the trace. `steps` is the content of
-/// a JSON array. `host` is the value of the scenario's member "host".
+/// Plays `steps`, then runs until the time `until`, in seconds. Returns the trace. `steps` is the
+/// content of a JSON array. `host` is the value of the scenario's member "host".
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
-/// Returns the lines between the last step with the name `step` and the next step, without their
-/// times: for example `"becomeKey":"player"}`. Leaves out the last line of the trace, which
-/// contains the final state.
+/// Finds the last step with the name `step`. Returns the lines that follow this step, up to the
+/// next step. A returned line has no time: for example `"becomeKey":"player"}`. Leaves out the last
+/// line of the trace, which contains the final state.
 Lines linesAfter(const Lines& trace, std::string_view step);
 
-/// Returns all lines in which the first member after the time has the name `kind`, without their
-/// times.
+/// Returns all lines of one kind, without their times. The kind of a line is the name of the first
+/// member after the time.
 Lines linesOfKind(const Lines& trace, std::string_view kind);
 
-/// Returns the inspection in the last line of the trace: the final state of the library and of the
-/// platform.
+/// Returns the final state of the library and of the platform, from the last line of the trace.
 nlohmann::json lastInspection(const Lines& trace);
 
 /// Steps that request a launch screen of five seconds and cover the window "player" with it.
@@ -46,7 +45,7 @@ inline constexpr std::string_view kCoverSteps =
 /// Returns `kCoverSteps` followed by `steps`.
 std::string coverThen(std::string_view steps);
 
-/// A host whose player window has a content view controller.
+/// A value for `host`: the window "player" has a content view controller.
 inline constexpr std::string_view kHostWithController =
     R"({"windows":[{"name":"player","contentViewController":"PlayerViewController"}]})";
 

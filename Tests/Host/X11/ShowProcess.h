@@ -10,11 +10,11 @@
 
 namespace vel::test {
 
-/// The program `launchscreen show`, which a test starts on a display. Reads the standard output and
-/// the standard error of the program. The destructor ends the program.
+/// Runs the program `launchscreen show` and reads its standard output and standard error. The
+/// destructor ends the program.
 class ShowProcess : NonCopyable {
  public:
-  /// `arguments` follow `show --display x11`.
+  /// Starts `launchscreen show --display x11` with the additional `arguments`.
   ShowProcess(const XServer& server, std::vector<std::string> arguments)
       : ShowProcess(server.display(), std::move(arguments)) {}
   ShowProcess(const std::string& display, std::vector<std::string> arguments);
@@ -30,8 +30,8 @@ class ShowProcess : NonCopyable {
 
   /// The output so far.
   [[nodiscard]] const std::string& output() const { return output_; }
-  /// Returns the time in seconds at the beginning of the first line that ends with `ending`.
-  /// Returns -1 if no line ends with `ending`.
+  /// Finds the first line that ends with `ending`. Returns the time, in seconds, with which the
+  /// line begins. Returns -1 if there is no such line.
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:
