@@ -29,12 +29,12 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
-  // Without this call, a file that the program opens could get the descriptor of a closed standard
-  // stream.
+  // If standard output is closed, the next file that the program opens would become standard
+  // output.
   openClosedStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
-  program.require_subcommand(0, 1);  // a missing command is reported after parsing
+  program.require_subcommand(0, 1);  // 0, because the code below reports a missing command
   CommandFunction selectedCommand;
   addShowCommand(program, selectedCommand);
   addPlayCommand(program, selectedCommand);
@@ -49,8 +49,8 @@ int runCommandLine(int argc, const char* const* argv) {
       throw UsageError("a command is missing; see launchscreen --help");
     }
     return selectedCommand();
-  } catch (const CLI::Success& request) {  // --help or --version
-    return program.exit(request);
+  } catch (const CLI::Success& helpOrVersion) {
+    return program.exit(helpOrVersion);
   } catch (const CLI::Error& error) {
     return reportBadUsage(error.what());
   } catch (const UsageError& error) {

@@ -13,7 +13,7 @@ using NSAppearanceName = std::string_view;
 /// The light appearance.
 inline constexpr NSAppearanceName NSAppearanceNameAqua = "NSAppearanceNameAqua";
 
-/// The look of controls: light or dark.
+/// A named look of controls.
 class VEL_EXPORT NSAppearance final : public Class<NSAppearance, "NSAppearance"> {
  public:
   explicit NSAppearance(NSAppearanceName name) : name_(name) {}

@@ -19,9 +19,9 @@ inline constexpr NSNotificationName NSApplicationWillResignActiveNotification =
 inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
-/// The application, with its windows on one window system. This class decides which window becomes
-/// key, which window is modal and which windows close. The window system only carries out these
-/// decisions. Only the main thread may use the application.
+/// The application and its windows. This class decides which window becomes key, which window is
+/// modal and which windows close. The `WindowSystem` only carries out these decisions. Only the
+/// main thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -29,21 +29,21 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Stops the current application, if any. Makes a new application on `windowSystem`, sets NSApp
   /// and connects the application to the main run loop.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
-  /// Calls `shutDown`, which closes the application's windows, disconnects the application and sets
-  /// NSApp to null. `shutDown` also removes all timers, all work in the main queue and all
-  /// notification observers in the process. Adopted windows stay on the screen. Does nothing if
-  /// there is no application. No timer, observer or other callback of the platform layer may call
-  /// this function.
+  /// Closes the application's windows, disconnects the application from its window system, and sets
+  /// NSApp to null. Windows that were passed to `adoptWindow` stay on the screen. Also removes all
+  /// timers, all work in the main queue and all notification observers in the process. Does nothing
+  /// if there is no application. No timer, observer or other callback of the platform layer may
+  /// call this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
 
   [[nodiscard]] WindowSystem& windowSystem() { return *windowSystem_; }
 
-  /// The window with the keyboard focus; null while the user works in another application.
+  /// The window with the keyboard focus; null if no window of the application has it.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// The window that most recently became key and is neither a modal window nor a sheet. Null after
-  /// this window has left the screen.
+  /// The most recent key window that is neither a modal window nor a sheet. Null after the main
+  /// window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
@@ -52,44 +52,40 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts `native`, a window that another program or the host has opened. Returns an NSWindow
-  /// that stands for `native`. The `className` of the NSWindow is the class that the window system
-  /// reports for `native`. On X11, this is the class in WM_CLASS. The NSWindow is open until it is
-  /// closed or `native` is destroyed. Closing the NSWindow does not hide `native`. The NSWindow
-  /// counts as miniaturised while `native` is not on screen. On failure, sets `error` to the reason
-  /// and returns null.
+  /// Makes an NSWindow for `native`, a window that another program or the host has opened. The
+  /// NSWindow's `className` returns the class of `native`, on X11 the class in WM_CLASS. The
+  /// NSWindow is open until it is closed or `native` is destroyed. Closing the NSWindow does not
+  /// hide `native`. `isMiniaturized` returns true while `native` is not on screen. On failure, sets
+  /// `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(const NativeWindow& native, std::string& error);
 
   /// The window of the newest modal session; null without a modal session.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;
-  /// Begins a modal session of `window` and returns. See `setRunLoopMode` for the effect of a modal
-  /// session on the mode of the run loop.
+  /// Begins a modal session of `window` and returns immediately.
   void beginModalSession(const Strong<NSWindow>& window);
   /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();
-  /// Shows a host's own dialog: begins a modal session of `window`, opens `window` and makes it
-  /// key. Then runs the run loop in the modal-panel mode. Returns when this modal session has
-  /// ended, because of `stopModal` or because `window` has closed. Ignores null.
+  /// Begins a modal session of `window`, opens `window` and makes it key. Then runs the run loop in
+  /// the modal-panel mode until `stopModal` ends the session or `window` closes. Ignores null.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the mode of the run loop. While a modal session is open, the modal-panel mode replaces
-  /// the default mode, but not the event-tracking mode.
+  /// Sets the mode of the run loop. During a modal session, `NSDefaultRunLoopMode` means the
+  /// modal-panel mode.
   void setRunLoopMode(NSRunLoopMode mode);
 
-  /// Sets the handler that is called after a change of a window's style mask. The second argument
-  /// of the handler contains the kept controls: the controls that the window manager still offers
-  /// although the mask excludes them. The argument is 0 (NSWindowStyleMaskBorderless) if the window
-  /// manager honours the mask.
+  /// Sets the handler that is called after a change of a window's style mask. The handler's second
+  /// argument contains the controls that the window manager still offers although the mask excludes
+  /// them. The argument is 0 (NSWindowStyleMaskBorderless) if there are no such controls.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
-  /// Sets the handler that is called once when the connection to the display is lost, after all
-  /// windows have closed. The argument is the reason.
+  /// Sets the handler that is called once, when the connection to the display is lost. All
+  /// windows are already closed. The argument is the reason.
   void setDisplayLostHandler(std::function<void(std::string_view)> handler) {
     displayLostHandler_ = std::move(handler);
   }
-  /// Sets the handler for the user's request to close a window that has a close control. Without a
-  /// handler, the request closes the window. With a handler, the window stays open unless the
-  /// handler closes it.
+  /// Sets the handler that is called when the user asks to close a window. The window stays open
+  /// unless the handler closes it. Without a handler, the window closes. Requests for a window
+  /// without a close control are ignored.
   void setCloseRequestedHandler(std::function<void(NSWindow&)> handler) {
     closeRequestedHandler_ = std::move(handler);
   }
@@ -103,9 +99,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     Strong<NSWindow> window;
   };
 
-  /// A temporary object through which the application calls one operation of the window system. The
-  /// operation may make the window system's next deadline earlier. The destructor therefore updates
-  /// the run loop's descriptor. Otherwise a host that polls the descriptor could wake up too late.
+  /// Calls one operation of the window system. The operation may make the window system's next
+  /// deadline earlier, so the destructor updates the run loop's descriptor.
   class WindowSystemCall : private NonCopyable {
    public:
     explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
@@ -134,8 +129,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
-  // Closes all windows, disconnects from the window system and the run loop, and sets NSApp to
-  // null.
+  // Closes all windows, removes this object from the window system and the run loop, and sets NSApp
+  // to null.
   void disconnect();
   [[nodiscard]] WindowSystemCall callWindowSystem() { return WindowSystemCall(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
@@ -146,7 +141,6 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   // Returns the id of the new session.
   std::uint64_t addModalSession(const Strong<NSWindow>& window);
-  // Ends all modal sessions of `window`.
   void endModalSessions(const NSWindow* window);
   // Sets the mode of the run loop and the modal window of the window system.
   void updateModality();
@@ -157,7 +151,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   std::unique_ptr<WindowSystem> windowSystem_;
   std::map<WindowHandle, NSWindow*> windowsByHandle_;
-  NSArray<NSWindow> openWindows_;     // oldest first; includes miniaturised windows
+  NSArray<NSWindow> openWindows_;     // in the order of opening; includes miniaturised windows
   NSArray<NSWindow> orderedWindows_;  // the windows on screen, front to back
   Strong<NSWindow> keyWindow_;
   Weak<NSWindow> mainWindow_;
@@ -166,7 +160,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool isActive_ = true;
   std::vector<ModalSession> modalSessions_;
   std::uint64_t lastModalSessionId_ = 0;
-  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // from `setRunLoopMode`
+  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // set by `setRunLoopMode`
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;

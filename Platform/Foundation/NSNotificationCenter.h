@@ -12,12 +12,13 @@
 
 namespace vel {
 
-/// Delivers notifications to observers. A post calls the observers on the posting thread, in the
-/// order of registration, and returns after the last call. The centre holds no lock during a call.
-/// The centre does not keep observers alive. Any thread may use the centre.
+/// Delivers notifications to observers. `postNotificationNameObject` calls the observers on the
+/// calling thread, in the order of registration, and returns after the last call. The centre holds
+/// no lock while it calls an observer, and does not keep observers alive. Any thread may use the
+/// centre.
 class VEL_EXPORT NSNotificationCenter {
  public:
-  /// The centre to which the platform layer posts.
+  /// The centre of the process. `NSApplication` posts its notifications to this centre.
   static NSNotificationCenter& defaultCenter();
 
   /// Registers `observer` for notifications with this name and object. If `object` is null,
@@ -54,11 +55,13 @@ class VEL_EXPORT NSNotificationCenter {
  private:
   struct Registration {
     Weak<NSObject> observer;
-    const NSObject* observerAddress = nullptr;  // for comparison only
-    const NSObject* object = nullptr;           // for comparison only; null matches every object
+    // The next two pointers are compared but never dereferenced. `observerAddress` is necessary
+    // because `observer` is already null in the observer's destructor.
+    const NSObject* observerAddress = nullptr;
+    const NSObject* object = nullptr;  // null matches every object
     void (*callout)(NSObject&, const NSNotification&) = nullptr;
   };
-  /// A registration in a list. A removed entry stays in the list until no post is in progress.
+  /// A removed entry stays in its list until no post is in progress.
   struct Entry {
     explicit Entry(Registration newRegistration) : registration(std::move(newRegistration)) {}
     Registration registration;
@@ -77,8 +80,8 @@ class VEL_EXPORT NSNotificationCenter {
 
   std::mutex mutex_;
   std::list<Topic> topics_;
-  // The number of posts in progress. During a post, entries are only appended or marked as removed,
-  // so the post can iterate without the lock.
+  // The number of posts in progress. A post iterates over a list without the lock. No entry may be
+  // erased until this number is 0.
   std::atomic<std::size_t> runningPosts_ = 0;
   std::atomic<bool> hasRemovedEntries_ = false;
 };

@@ -27,11 +27,10 @@ class VEL_EXPORT NSString final : public Class<NSString, "NSString"> {
   [[nodiscard]] bool isEqualToString(std::string_view other) const { return text_ == other; }
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override;
 
-  /// The number at the start of the string, rounded to single precision. Skips leading white space,
-  /// then reads the longest decimal number (sign, digits, point, decimal exponent). Returns 0 if
-  /// there is no number or if the number is too close to 0. Returns plus or minus infinity if the
-  /// number's magnitude is too large. Does not read words ("nan", "inf") or hexadecimal numbers.
-  /// The locale has no effect.
+  /// The decimal number at the start of the string, rounded to single precision. White space may
+  /// precede the number. The number may have a sign, a point and a decimal exponent. Returns 0 if
+  /// there is no such number, for example in "nan" or "inf". Returns plus or minus infinity
+  /// if the number's magnitude is too large. The locale has no effect.
   [[nodiscard]] float floatValue() const;
 
  private:

@@ -1,4 +1,3 @@
-// The wait set for Linux.
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
@@ -30,8 +29,7 @@ class EpollWaitSet final : public WaitSet {
 
   void watch(WaitHandle handle) override {
     if (watchedHandle_.isValid()) {
-      // If the descriptor is already closed, this call fails, which does no harm: `close` has
-      // already removed the descriptor from the epoll set.
+      // Ignores the error for a closed descriptor: `close` has removed it from the epoll set.
       epoll_event unused{};
       epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, watchedHandle_.descriptor(), &unused);
     }
@@ -62,8 +60,8 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
-    // between the two steps and skip its read. This wake-up would then also end the next wait.
+    // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could see the
+    // old value after the write and leave the eventfd readable.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);

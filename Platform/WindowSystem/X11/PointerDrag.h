@@ -8,21 +8,20 @@
 
 namespace vel::x11 {
 
-/// The drag of a window by its background: the window moves with the pointer. Positions are in
-/// pixels of the root window.
+/// The state of a drag: while the user drags a window, the window moves with the pointer. All
+/// coordinates are in pixels, relative to the root window.
 class PointerDrag {
  public:
-  /// Starts to drag `window`. `frame` is the window's current frame. Ends a previous drag.
+  /// Ends a previous drag and starts to drag `window`. `frame` is the window's current frame.
   void begin(xcb_window_t window, PixelRect frame, int pointerX, int pointerY);
   /// Records the new position of the pointer.
   void movePointer(int pointerX, int pointerY);
   void end();
 
-  /// The dragged window; None if no window is dragged.
+  /// The dragged window; XCB_WINDOW_NONE if no window is dragged.
   [[nodiscard]] xcb_window_t window() const { return window_; }
-  /// Returns the frame to which the dragged window must move. Returns no value if the pointer has
-  /// not moved since the previous call, or if no window is dragged. `frame` is the window's current
-  /// frame.
+  /// `frame` is the dragged window's current frame. Returns the window's new frame. Returns no
+  /// value if the pointer has not moved since the previous call, or if no window is dragged.
   std::optional<PixelRect> takeMovedFrame(PixelRect frame);
 
  private:

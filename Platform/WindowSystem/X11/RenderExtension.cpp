@@ -21,7 +21,7 @@ std::optional<xcb_render_pictformat_t> RenderExtension::formatOf(xcb_visualid_t 
     readFormats();
   }
   const auto entry = formats_.find(visual);
-  // Drawing needs the format of masks too.
+  // A visual's format is useless without the mask format: drawing needs both.
   return entry == formats_.end() || maskFormat_ == XCB_NONE ? std::nullopt
                                                             : std::optional(entry->second);
 }

@@ -12,12 +12,12 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. When the list is full, `add` drops the oldest request. If this request fails,
-// the error is logged without the name of the request. This is unlikely: the back end reads errors
-// in each call of `deliverEvents`, and sends fewer requests than this limit between two calls.
+// When the list is full, `add` drops the oldest request. The log cannot name a dropped request that
+// fails. The list is rarely full: the back end reads errors in each call of `deliverEvents`, and
+// sends fewer requests between two calls.
 constexpr std::size_t kMaximumRequests = 2048;
-// Limits the memory. When the list is full, `markDestroyed` drops the oldest window, and the errors
-// of requests on this window are then logged.
+// When the list is full, `markDestroyed` drops the oldest window. Later errors for the dropped
+// window are logged.
 constexpr std::size_t kMaximumDestroyedWindows = 256;
 
 constexpr std::array kErrorNames{
@@ -38,7 +38,7 @@ void RequestLog::add(unsigned sequence, const char* name, xcb_window_t window) {
   requests_.push_back({sequence, name, window});
 }
 
-// Sequence numbers wrap around, but the sign of their difference shows which number is lower.
+// Compares by the sign of the difference, because sequence numbers wrap around.
 void RequestLog::removeBefore(unsigned sequence) {
   while (!requests_.empty() && static_cast<int>(requests_.front().sequence - sequence) < 0) {
     requests_.pop_front();
@@ -60,8 +60,7 @@ void RequestLog::addError(const xcb_generic_error_t& error, const char* name, xc
 }
 
 void RequestLog::markDestroyed(xcb_window_t window) {
-  // `addError` uses XCB_WINDOW_NONE for a request that is not in the list. The errors of such a
-  // request must be logged.
+  // XCB_WINDOW_NONE is the window of an error whose request is unknown. Such errors must be logged.
   if (window == XCB_WINDOW_NONE) {
     return;
   }

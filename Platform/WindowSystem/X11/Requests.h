@@ -17,9 +17,9 @@
 
 namespace vel::x11 {
 
-/// The destructor flushes the connection: without a flush, XCB could keep requests in its buffer.
-/// While an object of this class exists, SIGPIPE is blocked on the calling thread. Create the
-/// object before sending requests.
+/// Create an object of this class before sending requests. Its destructor flushes the connection:
+/// without a flush, XCB could keep requests in its buffer. The object blocks SIGPIPE on the calling
+/// thread until it is destroyed.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}
@@ -30,8 +30,8 @@ class RequestBatch final : public NonCopyable {
   BrokenPipeGuard guard_;  // destroyed after the flush
 };
 
-/// While an object of this class exists, the server processes no other client's requests. Hold
-/// the grab for a few requests only, because all other clients wait. The destructor flushes the
+/// While an object of this class exists, the server processes no other client's requests. Destroy
+/// the object after a few requests, because all other clients wait. The destructor flushes the
 /// connection.
 class ServerGrab final : public NonCopyable {
  public:
@@ -59,10 +59,10 @@ struct NewWindow {
   xcb_visualid_t visual = XCB_COPY_FROM_PARENT;
 };
 
-/// In `createWindow` and `changeWindowAttributes`, `valueMask` consists of XCB_CW_… bits, and
-/// `values` has one value for each bit, lowest bit first.
+/// `valueMask` consists of XCB_CW_… bits. `values` has one value for each bit, lowest bit first.
 void createWindow(Connection& connection, const NewWindow& window, std::uint32_t valueMask,
                   std::initializer_list<std::uint32_t> values);
+/// `valueMask` and `values` have the same meaning as in `createWindow`.
 void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t valueMask,
                             std::initializer_list<std::uint32_t> values);
 /// Selects the events that this connection receives for the window: a mask of XCB_EVENT_MASK_….
@@ -70,7 +70,7 @@ void selectEvents(Connection& connection, xcb_window_t window, std::uint32_t eve
 void destroyWindow(Connection& connection, xcb_window_t window);
 void mapWindow(Connection& connection, xcb_window_t window);
 void unmapWindow(Connection& connection, xcb_window_t window);
-/// `valueMask` consists of XCB_CONFIG_WINDOW_… bits; `values` has one value for each bit, lowest
+/// `valueMask` consists of XCB_CONFIG_WINDOW_… bits. `values` has one value for each bit, lowest
 /// bit first.
 void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t valueMask,
                      std::initializer_list<std::uint32_t> values);
@@ -86,15 +86,15 @@ void changeProperty(Connection& connection, xcb_window_t window, xcb_atom_t name
 /// Sends a client message about `window` to the window manager, through the root window.
 void sendToWindowManager(Connection& connection, xcb_window_t window, Atom message,
                          const std::array<std::uint32_t, 5>& data);
-/// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
+/// Sends the window manager the UnmapNotify that ICCCM requires when a client withdraws its window.
 void sendUnmapNotify(Connection& connection, xcb_window_t window);
 
 /// `queryTree` and `queryInputFocus` block for a round trip. They return null if the request fails.
 XcbPointer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
 XcbPointer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
 
-/// Returns the children of the window that was passed to `queryTree`, back to front; empty if
-/// `tree` is null. The span is valid as long as `tree`.
+/// Returns the child windows in `tree`, a result of `queryTree`, back to front. Returns an empty
+/// span if `tree` is null. Do not use the span after `tree` is destroyed.
 [[nodiscard]] std::span<const xcb_window_t> childrenOf(
     const XcbPointer<xcb_query_tree_reply_t>& tree);
 
