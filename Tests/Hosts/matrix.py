@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Covers each host in each environment and writes what the screen showed as a table.
+"""Covers each host in each environment and writes a table of the results.
 
 usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jobs N]
                  [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...] [--update]
 
 A host is a program with a window (hosts.py). An environment is a window manager and possibly a compositor
 (environments.py). A trial uses `launchscreen` to cover the window of one host in one environment
-(trial.py). ENDING is what ends the launch screen: time, skip, SIGTERM or SIGINT.
+(trial.py). ENDING is the cause that ends the launch screen: time, skip, SIGTERM or SIGINT.
 
 FOLDER must contain hosts-sampler and hosts-badhost. The script also builds hosts into FOLDER. The script
 writes the table to TABLE (by default build/hosts.md). It writes all details to a JSON file with the name
@@ -110,17 +110,22 @@ def table(results, hosts, environments, seconds):
     lines = [
         "# Hosts and environments",
         "",
-        "`launchscreen show --window ID` over each host in each environment: %d trials in %d s; %d passed, "
-        "%d showed a fault, %d did not run."
+        "This run covered each host in each environment with `launchscreen show --window ID`.",
+        "%d trials took %d s: %d passed, %d showed a fault, %d did not run."
         % (len(results), seconds, counts["passed"], counts["fault"], counts["not run"]),
         "",
-        "A trial passes if every sampled point (corners, middles of the edges, centre) is white in every",
-        "sampled frame from the first white one to the end, if the buttons that worked before the cover",
-        "work after it, if the hints have the same bytes as before, and if the window has the same position",
-        "and size as before, or those that the host asked for while it was covered.",
+        "A trial passes if it finds no fault. The main conditions are:",
         "",
-        "A compositor draws a window some milliseconds after the window is mapped or resized. A frame that shows",
-        "only white and the screen behind the window then counts as not drawn yet, not as a fault.",
+        "- From the first white frame to the end of the cover, each sampled point (corners, middles of the edges,",
+        "  centre) is white in each sampled frame in which the window is viewable.",
+        "- Each button that worked before the cover works after the cover.",
+        "- The hints have the same bytes before and after the cover.",
+        "- The window has the position and size that it had before the cover. If the host requested another",
+        "  position or size during the cover, the window has the requested position and size.",
+        "",
+        "A compositor draws a window some milliseconds after the window is mapped, moved or resized. Until then,",
+        "a sampled point can show the screen behind the window. The table counts such a frame as not drawn yet,",
+        "not as a fault.",
         "",
         "✓ passed, ✗ fault, – not run.",
         "",
