@@ -37,13 +37,14 @@ constexpr Action kActions[] = {
     {"deactivate", 0, R"({"do":"deactivate"})"},
 };
 
-// The JSON of the windows that every setting has after the player window, and the closing brackets.
+// The JSON of the windows that every host setup has after the player window, and the closing
+// brackets.
 #define VEL_EXPLORATION_OTHER_WINDOWS                               \
   R"({"name":"other","className":"OtherWindow","styleMask":7},)"    \
   R"({"name":"consent","className":"ConsentWindow","styleMask":1,)" \
   R"("contentViewController":"GDPRViewController"}]})"
 
-constexpr Setting kSettings[] = {
+constexpr HostSetup kHostSetups[] = {
     {"bare", R"({"windows":[{"name":"player"},)" VEL_EXPLORATION_OTHER_WINDOWS},
     {"with a content view controller",
      R"({"windows":[{"name":"player","contentViewController":"PlayerViewController"},)" VEL_EXPLORATION_OTHER_WINDOWS},
@@ -55,15 +56,15 @@ constexpr int kTenthsOfSecondUntilNoWorkIsLeft = 50;
 
 std::string secondsFromTenths(int tenths) { return host::shortestDecimal(tenths / 10.0); }
 
-std::string scenarioOf(const Setting& setting, const std::string& steps, int endInTenths) {
-  return "{\n  \"host\": " + std::string(setting.host) + ",\n  \"steps\": [" + steps +
+std::string scenarioOf(const HostSetup& hostSetup, const std::string& steps, int endInTenths) {
+  return "{\n  \"host\": " + std::string(hostSetup.host) + ",\n  \"steps\": [" + steps +
          "\n  ],\n  \"until\": " + secondsFromTenths(endInTenths) + "\n}\n";
 }
 
 }  // namespace
 
 std::span<const Action> actions() { return kActions; }
-std::span<const Setting> settings() { return kSettings; }
+std::span<const HostSetup> hostSetups() { return kHostSetups; }
 
 std::uint8_t indexOfAction(std::string_view name) {
   const auto* const action = std::ranges::find(kActions, name, &Action::name);
@@ -73,7 +74,7 @@ std::uint8_t indexOfAction(std::string_view name) {
   return static_cast<std::uint8_t>(action - std::begin(kActions));
 }
 
-std::string scenarioText(const Setting& setting, const Script& script) {
+std::string scenarioText(const HostSetup& hostSetup, const Script& script) {
   std::string steps;
   int tenths = 0;
   for (const std::uint8_t index : script) {
@@ -84,11 +85,11 @@ std::string scenarioText(const Setting& setting, const Script& script) {
     steps += "{\"at\":" + secondsFromTenths(tenths) + ",";
     steps += action.steps.substr(1);  // without the opening brace
   }
-  return scenarioOf(setting, steps, tenths + kTenthsOfSecondUntilNoWorkIsLeft);
+  return scenarioOf(hostSetup, steps, tenths + kTenthsOfSecondUntilNoWorkIsLeft);
 }
 
-ParsedSetting::ParsedSetting(const Setting& source)
-    : setting(source), scenario(host::readScenario(scenarioOf(source, "", 0))) {
+ParsedHostSetup::ParsedHostSetup(const HostSetup& source)
+    : hostSetup(source), scenario(host::readScenario(scenarioOf(source, "", 0))) {
   for (const Action& action : kActions) {
     steps.push_back(host::readScenario(scenarioOf(source, std::string(action.steps), 0)).steps);
   }

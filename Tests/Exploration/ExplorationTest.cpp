@@ -1,6 +1,6 @@
 // The exploration plays scripts and checks invariants, which are statements that must always hold.
-// A script is a sequence of actions of the host or the user. A setting is a host with its windows.
-// The finding is the first script that breaks an invariant.
+// A script is a sequence of actions of the host or the user. A host setup is a host with its
+// windows. The finding is the first script that breaks an invariant.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -10,15 +10,15 @@
 #include "Host/Play/Scenario/ScenarioReader.h"
 #include "Tests/Exploration/Explorer.h"
 #include "Tests/Exploration/Invariants.h"
-#include "Tests/Exploration/StateKey.h"
-#include "Tests/Exploration/StyleExceptions.h"
+#include "Tests/Exploration/KnownWrongStyles.h"
+#include "Tests/Exploration/StateFingerprint.h"
 
 namespace vel::exploration {
 namespace {
 
 using CheckTime = Invariant::CheckTime;
 
-const Setting& settingWithoutContentViewController() { return settings().front(); }
+const HostSetup& hostSetupWithoutContentViewController() { return hostSetups().front(); }
 
 Script scriptOf(const std::vector<std::string_view>& names) {
   Script script;
@@ -28,17 +28,19 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-// Plays the script. Returns the state key: all values that influence the results of later actions.
-std::string stateKeyAfter(const ParsedSetting& parsedSetting, const Script& script) {
-  ObservedPlay play(parsedSetting, {});
+// Plays the script. Returns the state fingerprint: all values that influence the results of later
+// actions.
+std::string stateFingerprintAfter(const ParsedHostSetup& parsedHostSetup, const Script& script) {
+  ObservedPlay play(parsedHostSetup, {});
   for (const std::uint8_t action : script) {
     play.perform(action);
   }
-  return stateKey(play);
+  return stateFingerprint(play);
 }
 
-std::string stateKeyAfter(const std::vector<std::string_view>& names) {
-  return stateKeyAfter(ParsedSetting(settingWithoutContentViewController()), scriptOf(names));
+std::string stateFingerprintAfter(const std::vector<std::string_view>& names) {
+  return stateFingerprintAfter(ParsedHostSetup(hostSetupWithoutContentViewController()),
+                               scriptOf(names));
 }
 
 // Returns every script that extends `script` by one action.
@@ -54,7 +56,7 @@ std::vector<Script> continuationsOf(const Script& script) {
 Exploration exploreWith(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
                         std::size_t depth) {
   const Invariant brokenInvariant[] = {{"a false statement", checkTime, findFault}};
-  return explore(settingWithoutContentViewController(), brokenInvariant, depth);
+  return explore(hostSetupWithoutContentViewController(), brokenInvariant, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) {
@@ -105,7 +107,7 @@ TEST(ExplorationTest, PrintsAFindingAsAScenario) {
       4);
   ASSERT_TRUE(exploration.finding);
   const host::Scenario scenario = host::readScenario(
-      scenarioText(settingWithoutContentViewController(), exploration.finding->script));
+      scenarioText(hostSetupWithoutContentViewController(), exploration.finding->script));
   std::vector<std::string_view> steps;
   std::ranges::transform(scenario.steps, std::back_inserter(steps), &host::Step::name);
   EXPECT_THAT(steps, testing::ElementsAre("request", "contentView", "present", "makeKey"));
@@ -118,72 +120,73 @@ TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
   for (std::size_t index = 0; index < scriptOfAllActions.size(); ++index) {
     scriptOfAllActions[index] = static_cast<std::uint8_t>(index);
   }
-  for (const Setting& setting : settings()) {
-    EXPECT_GE(host::readScenario(scenarioText(setting, scriptOfAllActions)).steps.size(),
+  for (const HostSetup& hostSetup : hostSetups()) {
+    EXPECT_GE(host::readScenario(scenarioText(hostSetup, scriptOfAllActions)).steps.size(),
               actions().size());
   }
 }
 
 TEST(ExplorationTest, ExtendsOneScriptForEachState) {
-  const Exploration exploration = explore(settingWithoutContentViewController(), invariants(), 1);
+  const Exploration exploration = explore(hostSetupWithoutContentViewController(), invariants(), 1);
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
   EXPECT_EQ(exploration.depth, 1U);
   const Exploration deeperExploration =
-      explore(settingWithoutContentViewController(), invariants(), 2);
+      explore(hostSetupWithoutContentViewController(), invariants(), 2);
   const std::size_t newStateCount = exploration.stateCount - 1;  // without the initial state
   EXPECT_EQ(deeperExploration.scriptCount,
             exploration.scriptCount + newStateCount * actions().size());
 }
 
-TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
-  EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"key to the player"}));
-  EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"tick", "half a second"}));
-  EXPECT_EQ(stateKeyAfter({"request", "content view"}),
-            stateKeyAfter({"request", "content view", "content view"}));
+TEST(StateFingerprintTest, IsEqualIfNothingHasChanged) {
+  EXPECT_EQ(stateFingerprintAfter({}), stateFingerprintAfter({"key to the player"}));
+  EXPECT_EQ(stateFingerprintAfter({}), stateFingerprintAfter({"tick", "half a second"}));
+  EXPECT_EQ(stateFingerprintAfter({"request", "content view"}),
+            stateFingerprintAfter({"request", "content view", "content view"}));
 }
 
-TEST(StateKeyTest, DiffersIfLaterActionsCanHaveOtherResults) {
-  EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request in skip mode"}));
-  EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request", "content view"}));
+TEST(StateFingerprintTest, DiffersIfLaterActionsCanHaveOtherResults) {
+  EXPECT_NE(stateFingerprintAfter({"request"}), stateFingerprintAfter({"request in skip mode"}));
+  EXPECT_NE(stateFingerprintAfter({"request"}), stateFingerprintAfter({"request", "content view"}));
   // The scripts differ in the window that was key before the player.
-  EXPECT_NE(stateKeyAfter({"key to another window", "key to the player"}),
-            stateKeyAfter({"consent window loses key", "key to the player"}));
+  EXPECT_NE(stateFingerprintAfter({"key to another window", "key to the player"}),
+            stateFingerprintAfter({"consent window loses key", "key to the player"}));
   // A refused dismissal leaves delayed work.
-  EXPECT_NE(stateKeyAfter({"request", "content view"}),
-            stateKeyAfter({"request", "content view", "dismiss by the controller"}));
+  EXPECT_NE(stateFingerprintAfter({"request", "content view"}),
+            stateFingerprintAfter({"request", "content view", "dismiss by the controller"}));
 }
 
-class EqualStateKeyTest : public testing::TestWithParam<std::size_t> {};
+class EqualStateFingerprintTest : public testing::TestWithParam<std::size_t> {};
 
-// Fails if the state key lacks a value that influences the results of later actions.
-TEST_P(EqualStateKeyTest, EqualStateKeysStayEqualAfterTheSameAction) {
-  const ParsedSetting parsedSetting(settings()[GetParam()]);
-  std::map<std::string, Script> firstScriptByStateKey;
+// Fails if the state fingerprint lacks a value that influences the results of later actions.
+TEST_P(EqualStateFingerprintTest, EqualFingerprintsStayEqualAfterTheSameAction) {
+  const ParsedHostSetup parsedHostSetup(hostSetups()[GetParam()]);
+  std::map<std::string, Script> firstScriptByFingerprint;
   std::vector<Script> scripts{{}};
   for (std::size_t index = 0; index < scripts.size(); ++index) {
     const Script script = scripts[index];
-    const auto [firstScript, isNewStateKey] =
-        firstScriptByStateKey.emplace(stateKeyAfter(parsedSetting, script), script);
+    const auto [firstScript, isNewFingerprint] =
+        firstScriptByFingerprint.emplace(stateFingerprintAfter(parsedHostSetup, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
-    for (std::size_t action = 0; !isNewStateKey && action < actions().size(); ++action) {
-      EXPECT_EQ(stateKeyAfter(parsedSetting, continuations[action]),
-                stateKeyAfter(parsedSetting, continuationsOf(firstScript->second)[action]))
-          << scenarioText(parsedSetting.setting, continuations[action]);
+    for (std::size_t action = 0; !isNewFingerprint && action < actions().size(); ++action) {
+      EXPECT_EQ(
+          stateFingerprintAfter(parsedHostSetup, continuations[action]),
+          stateFingerprintAfter(parsedHostSetup, continuationsOf(firstScript->second)[action]))
+          << scenarioText(parsedHostSetup.hostSetup, continuations[action]);
     }
   }
-  EXPECT_LT(firstScriptByStateKey.size(), scripts.size());
+  EXPECT_LT(firstScriptByFingerprint.size(), scripts.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, EqualStateKeyTest,
-                         testing::Range(std::size_t{0}, settings().size()));
+INSTANTIATE_TEST_SUITE_P(HostSetups, EqualStateFingerprintTest,
+                         testing::Range(std::size_t{0}, hostSetups().size()));
 
-// Style exceptions: the known cases in which the library does not restore the style of a window
+// Known wrong styles: the cases in which the library does not restore the style of a window
 
 struct Example {
-  std::string_view exceptionName;
+  std::string_view wrongStyleName;
   std::vector<std::string_view> script;
   /// The styles of the host's windows after the script. The host gave the windows the styles 15, 7
   /// and 1.
@@ -216,36 +219,36 @@ const Example kExamples[] = {
      {kNoSavedStyle, 7, 1}},
 };
 
-class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};
+class KnownWrongStyleTest : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(StyleExceptionTest, LeavesTheKnownWrongStyles) {
-  const StyleException& exception = styleExceptions()[GetParam()];
-  ASSERT_LT(GetParam(), std::size(kExamples)) << "no example of: " << exception.name;
+TEST_P(KnownWrongStyleTest, LeavesTheKnownWrongStyles) {
+  const KnownWrongStyle& wrongStyle = knownWrongStyles()[GetParam()];
+  ASSERT_LT(GetParam(), std::size(kExamples)) << "no example of: " << wrongStyle.name;
   const Example& example = kExamples[GetParam()];
-  ASSERT_EQ(exception.name, example.exceptionName);
-  const ParsedSetting parsedSetting(settingWithoutContentViewController());
-  ObservedPlay play(parsedSetting, invariants());
+  ASSERT_EQ(wrongStyle.name, example.wrongStyleName);
+  const ParsedHostSetup parsedHostSetup(hostSetupWithoutContentViewController());
+  ObservedPlay play(parsedHostSetup, invariants());
   for (const std::uint8_t action : scriptOf(example.script)) {
     play.perform(action);
   }
   EXPECT_EQ(play.violation(), "");
   EXPECT_TRUE(isUncovered(play));
-  EXPECT_TRUE(play.history().styleExceptions.test(GetParam()));
+  EXPECT_TRUE(play.history().knownWrongStyles.test(GetParam()));
   std::vector<NSWindowStyleMask> styles;
   std::ranges::transform(play.hostWindows(), std::back_inserter(styles),
                          [](const auto& window) { return window->styleMask(); });
   EXPECT_EQ(styles, example.remainingStyles);
   EXPECT_TRUE(std::ranges::any_of(play.hostWindows(), [&](const auto& window) {
     return window->styleMask() != play.originalStyle(*window) &&
-           exception.hasResultingStyle(play, *window);
+           wrongStyle.hasResultingStyle(play, *window);
   }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Exceptions, StyleExceptionTest,
-                         testing::Range(std::size_t{0}, styleExceptions().size()));
+INSTANTIATE_TEST_SUITE_P(KnownWrongStyles, KnownWrongStyleTest,
+                         testing::Range(std::size_t{0}, knownWrongStyles().size()));
 
-TEST(StyleExceptionListTest, HasAnExampleOfEachException) {
-  EXPECT_EQ(std::size(kExamples), styleExceptions().size());
+TEST(KnownWrongStyleListTest, HasAnExampleOfEachWrongStyle) {
+  EXPECT_EQ(std::size(kExamples), knownWrongStyles().size());
 }
 
 }  // namespace

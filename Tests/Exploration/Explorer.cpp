@@ -3,7 +3,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Tests/Exploration/StateKey.h"
+#include "Tests/Exploration/StateFingerprint.h"
 
 namespace vel::exploration {
 
@@ -17,17 +17,17 @@ void performAll(ObservedPlay& play, const Script& script) {
 
 }  // namespace
 
-std::string violationIn(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants,
-                        const Script& script) {
-  ObservedPlay play(parsedSetting, invariants);
+std::string violationIn(const ParsedHostSetup& parsedHostSetup,
+                        std::span<const Invariant> invariants, const Script& script) {
+  ObservedPlay play(parsedHostSetup, invariants);
   performAll(play, script);
   play.end();
   return play.violation();
 }
 
-Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
+Exploration explore(const HostSetup& hostSetup, std::span<const Invariant> invariants,
                     std::size_t depth) {
-  const ParsedSetting parsedSetting(setting);
+  const ParsedHostSetup parsedHostSetup(hostSetup);
   Exploration exploration;
   // If two states had the same hash, the exploration would skip one of them. For a million states,
   // the probability of this is below 1 in 10^7.
@@ -36,14 +36,14 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
   // Plays the script. Returns true if all invariants hold.
   const auto playScript = [&](const Script& script) {
     ++exploration.scriptCount;
-    ObservedPlay play(parsedSetting, invariants);
+    ObservedPlay play(parsedHostSetup, invariants);
     performAll(play, script);
     if (!play.violation().empty()) {
       exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
     // From the same state, `end` always has the same result. So call `end` once for each state.
-    if (knownStateHashes.insert(std::hash<std::string>()(stateKey(play))).second) {
+    if (knownStateHashes.insert(std::hash<std::string>()(stateFingerprint(play))).second) {
       scriptsToExtend.push_back(script);
       play.end();
     }

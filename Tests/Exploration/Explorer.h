@@ -35,11 +35,11 @@ struct Exploration {
 
 /// Plays scripts of up to `depth` actions, shorter scripts first. Each play begins with a new host.
 /// Extends a script by every action, unless an earlier script leads to the same state.
-[[nodiscard]] Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
+[[nodiscard]] Exploration explore(const HostSetup& hostSetup, std::span<const Invariant> invariants,
                                   std::size_t depth);
 
 /// Plays one script to its end. Returns the broken invariant, or an empty string.
-[[nodiscard]] std::string violationIn(const ParsedSetting& parsedSetting,
+[[nodiscard]] std::string violationIn(const ParsedHostSetup& parsedHostSetup,
                                       std::span<const Invariant> invariants, const Script& script);
 
 }  // namespace vel::exploration

@@ -5,7 +5,7 @@
 #include "Host/Play/Scenario/Decimal.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/Dispatch/Dispatch.h"
-#include "Tests/Exploration/StyleExceptions.h"
+#include "Tests/Exploration/KnownWrongStyles.h"
 
 namespace vel::exploration {
 
@@ -132,10 +132,10 @@ std::string checkNoOtherTimer(const ObservedPlay& play) {
 // Style masks
 
 bool hasKnownWrongStyle(const ObservedPlay& play, const NSWindow& window) {
-  const auto exceptions = styleExceptions();
-  for (std::size_t index = 0; index < exceptions.size(); ++index) {
-    if (play.history().styleExceptions.test(index) &&
-        exceptions[index].hasResultingStyle(play, window)) {
+  const auto wrongStyles = knownWrongStyles();
+  for (std::size_t index = 0; index < wrongStyles.size(); ++index) {
+    if (play.history().knownWrongStyles.test(index) &&
+        wrongStyles[index].hasResultingStyle(play, window)) {
       return true;
     }
   }

@@ -5,7 +5,7 @@
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
-#include "Tests/Exploration/StyleExceptions.h"
+#include "Tests/Exploration/KnownWrongStyles.h"
 
 namespace vel::exploration {
 
@@ -40,11 +40,11 @@ void addOnce(std::vector<Weak<T>>& list, const Strong<T>& object) {
 
 }  // namespace
 
-ObservedPlay::ObservedPlay(const ParsedSetting& parsedSetting,
+ObservedPlay::ObservedPlay(const ParsedHostSetup& parsedHostSetup,
                            std::span<const Invariant> invariants)
-    : setting_(parsedSetting),
+    : hostSetup_(parsedHostSetup),
       invariants_(invariants),
-      player_(parsedSetting.scenario, *this),
+      player_(parsedHostSetup.scenario, *this),
       names_(player_.names()),
       mainContent_(manager()->content()),
       currentSample_(sampleOf(*manager())) {
@@ -65,9 +65,9 @@ ObservedPlay::~ObservedPlay() {
 }
 
 void ObservedPlay::perform(std::uint8_t action) {
-  scriptTime_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
-  for (host::Step step : setting_.steps[action]) {
-    step.time = scriptTime_;
+  latestStepTime_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
+  for (host::Step step : hostSetup_.steps[action]) {
+    step.time = latestStepTime_;
     play(step);
   }
   check(Invariant::CheckTime::AfterAction);
@@ -76,16 +76,16 @@ void ObservedPlay::perform(std::uint8_t action) {
   });
   if (hasOriginalStyles && isUncovered(*this) && !canEarlierCoverChangeStyle(*this)) {
     // No earlier step can cause a wrong style any more.
-    history_.styleExceptions.reset();
+    history_.knownWrongStyles.reset();
   }
 }
 
 void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
-  play({.time = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
-  scriptTime_ += kTimeUntilNoWorkIsLeft;
-  // `play` runs the loop until `scriptTime_`. `Inspect` itself changes nothing.
-  play({.time = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
+  play({.time = latestStepTime_, .name = "deactivate", .action = host::step::Deactivate{}});
+  latestStepTime_ += kTimeUntilNoWorkIsLeft;
+  // `play` runs the loop until `latestStepTime_`. `Inspect` itself changes nothing.
+  play({.time = latestStepTime_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::CheckTime::End);
 }
 
@@ -162,9 +162,9 @@ void ObservedPlay::check(Invariant::CheckTime checkTime) {
 
 void ObservedPlay::record(const host::trace::StepStart& step) {
   history_.step = step.name;
-  for (std::size_t index = 0; index < styleExceptions().size(); ++index) {
-    if (styleExceptions()[index].isCausedBy(*this, *step_)) {
-      history_.styleExceptions.set(index);
+  for (std::size_t index = 0; index < knownWrongStyles().size(); ++index) {
+    if (knownWrongStyles()[index].isCausedBy(*this, *step_)) {
+      history_.knownWrongStyles.set(index);
     }
   }
   const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);

@@ -59,8 +59,8 @@ struct History {
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
-  /// Bit `i` is set if `styleExceptions()[i]` may have caused a wrong window style.
-  std::bitset<16> styleExceptions;
+  /// Bit `i` is set if `knownWrongStyles()[i]` may have caused a wrong window style.
+  std::bitset<16> knownWrongStyles;
 
   // Each play state sets the members below again.
 
@@ -85,7 +85,7 @@ struct History {
 class ObservedPlay final : private host::PlayListener {
  public:
   /// Both arguments must outlive the play.
-  ObservedPlay(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants);
+  ObservedPlay(const ParsedHostSetup& parsedHostSetup, std::span<const Invariant> invariants);
   ~ObservedPlay() override;
 
   /// Plays the steps of one action. `action` is an index into `actions()`.
@@ -96,7 +96,7 @@ class ObservedPlay final : private host::PlayListener {
   /// The name of the first broken invariant and what was wrong. Empty while all invariants hold.
   [[nodiscard]] const std::string& violation() const { return violation_; }
 
-  // Used by the invariants and by `stateKey` (StateKey.h).
+  // Used by the invariants and by `stateFingerprint` (StateFingerprint.h).
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return player_.manager(); }
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& previousSample() const { return previousSample_; }
@@ -107,7 +107,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
   /// The windows of `hostScript()`, in its order. Contains closed windows too.
   [[nodiscard]] const std::vector<Strong<NSWindow>>& hostWindows() const { return hostWindows_; }
-  [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
+  [[nodiscard]] const host::HostScript& hostScript() const { return hostSetup_.scenario.host; }
   /// The style with which the host opened the window.
   [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
   /// The controllers that the main content has had, oldest first. Does not contain destroyed
@@ -139,7 +139,7 @@ class ObservedPlay final : private host::PlayListener {
   /// `temporaryContents_`.
   void collectObjects();
 
-  const ParsedSetting& setting_;
+  const ParsedHostSetup& hostSetup_;
   std::span<const Invariant> invariants_;
   host::Player player_;
   host::WindowNames& names_;
@@ -153,7 +153,7 @@ class ObservedPlay final : private host::PlayListener {
   const host::TraceEvent* traceEvent_ = nullptr;
   History history_;
   const host::Step* step_ = nullptr;  // valid only while `player_` plays the step
-  Nanoseconds scriptTime_ = 0;        // the virtual time of the latest step
+  Nanoseconds latestStepTime_ = 0;    // the virtual time of the latest step
   std::string violation_;
 };
 

@@ -13,14 +13,14 @@ constexpr std::size_t kDefaultDepth = 5;
 // Returns true if every invariant holds.
 bool exploreAll(std::size_t depth) {
   using namespace vel::exploration;
-  for (const Setting& setting : settings()) {
-    const Exploration exploration = explore(setting, invariants(), depth);
+  for (const HostSetup& hostSetup : hostSetups()) {
+    const Exploration exploration = explore(hostSetup, invariants(), depth);
     if (exploration.finding) {
       std::cerr << exploration.finding->violation << '\n';
-      std::cout << scenarioText(setting, exploration.finding->script);
+      std::cout << scenarioText(hostSetup, exploration.finding->script);
       return false;
     }
-    std::cerr << "player window " << setting.name << ": " << exploration.stateCount << " states, "
+    std::cerr << "player window " << hostSetup.name << ": " << exploration.stateCount << " states, "
               << exploration.scriptCount << " sequences, depth " << exploration.depth << std::endl;
   }
   return true;

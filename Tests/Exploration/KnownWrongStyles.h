@@ -9,7 +9,7 @@ namespace vel::exploration {
 
 /// A known case in which the library leaves a wrong style on a host's window. The invariants accept
 /// this style.
-struct StyleException {
+struct KnownWrongStyle {
   std::string_view name;
   /// Returns true if the step can cause the wrong style. Called just before the player performs the
   /// step.
@@ -18,7 +18,7 @@ struct StyleException {
   bool (*hasResultingStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
 };
 
-[[nodiscard]] std::span<const StyleException> styleExceptions();
+[[nodiscard]] std::span<const KnownWrongStyle> knownWrongStyles();
 
 /// Returns true if no launch screen is shown and no dismissed launch screen still has to be
 /// removed.

@@ -1,4 +1,4 @@
-#include "Tests/Exploration/StyleExceptions.h"
+#include "Tests/Exploration/KnownWrongStyles.h"
 
 #include <algorithm>
 #include <optional>
@@ -105,7 +105,7 @@ bool isCoverUp(const ObservedPlay& play) {
          });
 }
 
-constexpr StyleException kStyleExceptions[] = {
+constexpr KnownWrongStyle kKnownWrongStyles[] = {
     // A controller restores a style only in embedded mode. The second presentation uses another
     // mode.
     {"an embedded cover presented again, as a window of its own", &presentsInAnotherMode,
@@ -140,6 +140,6 @@ bool canEarlierCoverChangeStyle(const ObservedPlay& play) {
          });
 }
 
-std::span<const StyleException> styleExceptions() { return kStyleExceptions; }
+std::span<const KnownWrongStyle> knownWrongStyles() { return kKnownWrongStyles; }
 
 }  // namespace vel::exploration
