@@ -12,7 +12,7 @@ constexpr LaunchScreenPresentationMode kEmbedded = LaunchScreenPresentationEmbed
 constexpr LaunchScreenPresentationMode kModalWindow = LaunchScreenPresentationModalWindow;
 constexpr LaunchScreenPresentationMode kSheet = LaunchScreenPresentationSheet;
 
-class ControllerGuardedDismissTest : public CoverTest {
+class ControllerRefusableDismissTest : public CoverTest {
  protected:
   void present(LaunchScreenPresentationMode mode) {
     controller->presentForWindowWithPresentationMode(window, mode);
@@ -25,7 +25,7 @@ class ControllerGuardedDismissTest : public CoverTest {
 
 // Asking the delegates
 
-TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
+TEST_F(ControllerRefusableDismissTest, OneRefusalPreventsTheDismissal) {
   present(kEmbedded);
   addDelegate("first");
   addDelegate("second")->agrees = false;
@@ -34,7 +34,7 @@ TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
   EXPECT_TRUE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) {
+TEST_F(ControllerRefusableDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
   addDelegate("second");
@@ -45,7 +45,7 @@ TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) 
   EXPECT_TRUE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ARefusalLogsNothingAndChangesNothing) {
+TEST_F(ControllerRefusableDismissTest, ARefusalLogsNothingAndChangesNothing) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
   controller->dismissViewController(controller);
@@ -57,7 +57,7 @@ TEST_F(ControllerGuardedDismissTest, ARefusalLogsNothingAndChangesNothing) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotAboutTheArgument) {
+TEST_F(ControllerRefusableDismissTest, TheDelegatesAreAskedAboutTheControllerNotAboutTheArgument) {
   present(kModalWindow);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->agrees = false;
@@ -65,7 +65,7 @@ TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotAb
   EXPECT_EQ(firstDelegate->lastController.lock(), controller);
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing) {
+TEST_F(ControllerRefusableDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing) {
   present(kEmbedded);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->stopRespondingTo(CoverCall::CanDismiss);
@@ -75,20 +75,21 @@ TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing)
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayTheControllerIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, WithoutADelegatesArrayTheControllerIsDismissed) {
   present(kEmbedded);
   controller->dismissViewController(controller);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayTheControllerIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, WithAnEmptyDelegatesArrayTheControllerIsDismissed) {
   present(kEmbedded);
   controller->addDelegate(nullptr);  // creates the array and adds nothing
   controller->dismissViewController(controller);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMutationError) {
+TEST_F(ControllerRefusableDismissTest,
+       ADelegateThatChangesTheDelegatesArrayRaisesTheMutationError) {
   present(kEmbedded);
   addDelegate("first")->onNext(CoverCall::CanDismiss, [this] {
     controller->deactivate();  // removes all delegates
@@ -99,7 +100,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaises
 
 // The dismissal after all delegates have agreed
 
-TEST_F(ControllerGuardedDismissTest, WithAParentTheStyleIsRestoredBeforeTheCoverIsRemoved) {
+TEST_F(ControllerRefusableDismissTest, WithAParentTheStyleIsRestoredBeforeTheCoverIsRemoved) {
   present(kEmbedded);
   addDelegate("first");
   controller->dismissViewController(controller);
@@ -109,7 +110,7 @@ TEST_F(ControllerGuardedDismissTest, WithAParentTheStyleIsRestoredBeforeTheCover
   EXPECT_EQ(controller->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest,
+TEST_F(ControllerRefusableDismissTest,
        WithoutAParentTheStyleIsRestoredOneSecondBeforeTheCoverIsRemoved) {
   window = openPlayerWindow();
   present(kEmbedded);
@@ -123,7 +124,7 @@ TEST_F(ControllerGuardedDismissTest,
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest,
+TEST_F(ControllerRefusableDismissTest,
        InEmbeddedModeTheControllerIsDismissedAndTheArgumentIsIgnored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
@@ -136,7 +137,7 @@ TEST_F(ControllerGuardedDismissTest,
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesAModalWindow) {
+TEST_F(ControllerRefusableDismissTest, ThePlatformDismissesAModalWindow) {
   present(kModalWindow);
   addDelegate("first");
   controller->dismissViewController(controller);
@@ -145,7 +146,7 @@ TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesAModalWindow) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
+TEST_F(ControllerRefusableDismissTest, ThePlatformDismissesASheet) {
   present(kSheet);
   addDelegate("first");
   controller->dismissViewController(controller);
@@ -154,7 +155,7 @@ TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(ControllerGuardedDismissTest, InModalWindowAndSheetModeTheArgumentIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, InModalWindowAndSheetModeTheArgumentIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
     const auto otherController = make<NamedViewController>("Other");
@@ -169,7 +170,7 @@ TEST_F(ControllerGuardedDismissTest, InModalWindowAndSheetModeTheArgumentIsDismi
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
     const auto otherController = make<NamedViewController>("Other");
@@ -181,7 +182,7 @@ TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, InModalWindowModeTheStyleIsNotRestored) {
+TEST_F(ControllerRefusableDismissTest, InModalWindowModeTheStyleIsNotRestored) {
   present(kModalWindow);
   controller->setAppWindow(window);
   controller->setAppWindowStyleMask(7);  // differs from the window's style
@@ -189,7 +190,7 @@ TEST_F(ControllerGuardedDismissTest, InModalWindowModeTheStyleIsNotRestored) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
+TEST_F(ControllerRefusableDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   present(kModalWindow);
   addDelegate("first")->onNext(CoverCall::CanDismiss,
                                [this] { controller->setPresentationMode(kEmbedded); });
@@ -197,7 +198,7 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
+TEST_F(ControllerRefusableDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
   controller->presentViewControllerAsSheet(otherController);
