@@ -57,7 +57,7 @@ VelCallbacks CHost::callbacks() {
   return callbacks;
 }
 
-VelCreateOptions virtualOptions(const VelCallbacks* callbacks) {
+VelCreateOptions virtualTimeOptions(const VelCallbacks* callbacks) {
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   options.display = "headless";
   options.time = VEL_TIME_VIRTUAL;
@@ -78,7 +78,7 @@ HeadlessWindowSystem& windowSystem() {
 }
 
 CBindingTest::CBindingTest() {
-  const VelCreateOptions options = virtualOptions(&callbacks);
+  const VelCreateOptions options = virtualTimeOptions(&callbacks);
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
 }
 

@@ -30,7 +30,7 @@ struct CHost {
 };
 
 /// Options for the headless display and virtual time.
-VelCreateOptions virtualOptions(const VelCallbacks* callbacks = nullptr);
+VelCreateOptions virtualTimeOptions(const VelCallbacks* callbacks = nullptr);
 
 /// In mode "skip", the host may dismiss the launch screen at any time. Null means mode "forced".
 VelRequest makeRequest(const char* event, double seconds, const char* mode = nullptr);

@@ -18,7 +18,7 @@ class NextScreenInDidDisappearTest : public CBindingTest,
                                      public testing::WithParamInterface<VelPresentation> {
  protected:
   NextScreenInDidDisappearTest() {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = 1;  // A sheet requires a content controller.
     createAgain(options);
   }

@@ -45,7 +45,7 @@ TEST(VersionTest, TheCFunctionsReturnTheVersionOfTheLibrary) {
 }
 
 TEST_F(CreateTest, CreateOpensAWindowOf1280By720ByDefault) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
   ASSERT_NE(screen, nullptr);
   ASSERT_EQ(NSApp->orderedWindows().size(), 1u);
@@ -56,7 +56,7 @@ TEST_F(CreateTest, CreateOpensAWindowOf1280By720ByDefault) {
 }
 
 TEST_F(CreateTest, OptionsSetTheTitleTheSizeAndTheContentController) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.title = "A game";
   options.width = 640;
   options.height = 1;
@@ -68,7 +68,7 @@ TEST_F(CreateTest, OptionsSetTheTitleTheSizeAndTheContentController) {
 }
 
 TEST_F(CreateTest, CreateRefusesANullPointerForTheHandle) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   EXPECT_EQ(vel_create(&options, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
   EXPECT_EQ(NSApp, nullptr);
@@ -81,7 +81,7 @@ TEST_F(CreateTest, AFailedCreateSetsTheHandleToNull) {
 }
 
 TEST_F(CreateTest, ATooSmallStructureSizeIsRefused) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
     options.size = size;
     EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
@@ -89,7 +89,7 @@ TEST_F(CreateTest, ATooSmallStructureSizeIsRefused) {
 }
 
 TEST_F(CreateTest, ALargerStructureIsAcceptedIfItsUnknownMembersAreZero) {
-  LaterStructure<VelCreateOptions> options{virtualOptions()};
+  LaterStructure<VelCreateOptions> options{virtualTimeOptions()};
   options.knownMembers.size = sizeof options;
   options.unknownMember = 1;
   EXPECT_EQ(vel_create(&options.knownMembers, &screen), VEL_INVALID_ARGUMENT);
@@ -98,14 +98,14 @@ TEST_F(CreateTest, ALargerStructureIsAcceptedIfItsUnknownMembersAreZero) {
 }
 
 TEST_F(CreateTest, AHugeStructureSizeIsRefused) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.size = static_cast<std::size_t>(-1);
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
 TEST_F(CreateTest, CreateChecksTheSizeAndTheUnknownMembersOfTheCallbacks) {
   LaterStructure<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
-  const VelCreateOptions options = virtualOptions(&callbacks.knownMembers);
+  const VelCreateOptions options = virtualTimeOptions(&callbacks.knownMembers);
   callbacks.knownMembers.size = sizeof(VelCallbacks) - 1;
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
   callbacks.knownMembers.size = sizeof callbacks;
@@ -118,7 +118,7 @@ TEST_F(CreateTest, CreateChecksTheSizeAndTheUnknownMembersOfTheCallbacks) {
 TEST_F(CreateTest, TheCallbacksStructureIsCopied) {
   CHost host;
   VelCallbacks callbacks = host.callbacks();
-  const VelCreateOptions options = virtualOptions(&callbacks);
+  const VelCreateOptions options = virtualTimeOptions(&callbacks);
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   std::memset(&callbacks, 0xff, sizeof callbacks);
   const VelRequest request = makeRequest("launch_end", 1);
@@ -128,21 +128,21 @@ TEST_F(CreateTest, TheCallbacksStructureIsCopied) {
 }
 
 TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.time = static_cast<VelTime>(2);
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
   for (const double side : {-1.0, 0.5, 32768.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
-    options = virtualOptions();
+    options = virtualTimeOptions();
     options.width = side;
     EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << side;
-    options = virtualOptions();
+    options = virtualTimeOptions();
     options.height = side;
     EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << side;
   }
 }
 
 TEST_F(CreateTest, CreateReturnsNoDisplayForAnUnsupportedDisplay) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
   EXPECT_NE(std::string(vel_last_error()).find("punched cards"), std::string::npos);
@@ -150,7 +150,7 @@ TEST_F(CreateTest, CreateReturnsNoDisplayForAnUnsupportedDisplay) {
 }
 
 TEST_F(CreateTest, CreateReturnsNoDisplayIfTheX11DisplayCannotBeOpened) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -159,7 +159,7 @@ TEST_F(CreateTest, CreateReturnsNoDisplayIfTheX11DisplayCannotBeOpened) {
 }
 
 TEST_F(CreateTest, CreateReturnsNoDisplayIfTheCocoaBackEndIsNotBuiltIn) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.display = "cocoa";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
   EXPECT_STREQ(vel_last_error(), "the Cocoa display is not built in");
@@ -168,7 +168,7 @@ TEST_F(CreateTest, CreateReturnsNoDisplayIfTheCocoaBackEndIsNotBuiltIn) {
 
 TEST_F(CreateTest, ALongErrorIsTruncated) {
   const std::string name(10'000, 'x');
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.display = name.c_str();
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
   EXPECT_GT(std::strlen(vel_last_error()), 100u);
@@ -176,7 +176,7 @@ TEST_F(CreateTest, ALongErrorIsTruncated) {
 }
 
 TEST_F(CreateTest, CreateSucceedsAfterItHasRefusedABadWindow) {
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.window = 4711;
   EXPECT_EQ(vel_create(&options, &screen), VEL_BAD_WINDOW);
   EXPECT_STRNE(vel_last_error(), "");
@@ -187,7 +187,7 @@ TEST_F(CreateTest, CreateSucceedsAfterItHasRefusedABadWindow) {
 }
 
 TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   VelLaunchScreen* secondScreen = nullptr;
   EXPECT_EQ(vel_create(&options, &secondScreen), VEL_ALREADY_EXISTS);
@@ -199,7 +199,7 @@ TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
 TEST_F(CreateTest, CreateIsRefusedWhileTheHostHasItsOwnNSApplication) {
   const VirtualPlatform platform;
   const Strong<NSApplication> application = NSApp;
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   EXPECT_EQ(vel_create(&options, &screen), VEL_ALREADY_EXISTS);
   EXPECT_EQ(NSApp, application);
 }
@@ -207,13 +207,13 @@ TEST_F(CreateTest, CreateIsRefusedWhileTheHostHasItsOwnNSApplication) {
 TEST_F(CreateTest, ASuccessClearsTheLastError) {
   EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_STREQ(vel_last_error(), "");
 }
 
 TEST_F(CreateTest, DestroySetsTheHandleToNullAndRefusesANullHandle) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_EQ(screen, nullptr);
@@ -247,13 +247,13 @@ std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
 
 TEST_F(CreateTest, NoFunctionAcceptsANullHandle) {
   EXPECT_THAT(callAllFunctions(nullptr), testing::Each(VEL_NOT_ALIVE));
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAllFunctions(nullptr), testing::Each(VEL_NOT_ALIVE));
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   VelLaunchScreen* const staleHandle = screen;
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
@@ -265,14 +265,14 @@ TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsAHandleThatWasNeverCreated) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAllFunctions(reinterpret_cast<VelLaunchScreen*>(&screen)),
               testing::Each(VEL_NOT_ALIVE));
 }
 
 TEST_F(CreateTest, OnlyPumpAcceptsANullPointerForItsResult) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_poll_descriptor(screen, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(vel_next_deadline(screen, nullptr), VEL_INVALID_ARGUMENT);

@@ -20,7 +20,7 @@ class DestroyTest : public CBindingTest {
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
     EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
     host = {};
-    const VelCreateOptions options = virtualOptions(&callbacks);
+    const VelCreateOptions options = virtualTimeOptions(&callbacks);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     present(VEL_PRESENT_EMBEDDED, 1);
     ASSERT_EQ(vel_run(screen, 5), VEL_OK);
@@ -64,7 +64,7 @@ TEST_F(DestroyTest, WhileTheWindowIsCovered) {
 
 TEST_F(DestroyTest, WhileAModalWindowOrASheetIsShown) {
   for (const VelPresentation presentation : {VEL_PRESENT_MODAL, VEL_PRESENT_SHEET}) {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
     present(presentation, 1);
@@ -114,7 +114,7 @@ TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
       EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
       // vel_create fails until the call that caused this callback returns.
-      const VelCreateOptions options = virtualOptions(&callbacks);
+      const VelCreateOptions options = virtualTimeOptions(&callbacks);
       VelLaunchScreen* nextScreen = nullptr;
       EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);
     }

@@ -16,7 +16,7 @@ std::string endedLine(VelEndReason reason) { return "ended " + std::to_string(re
 class EndedTest : public CBindingTest {
  protected:
   void createWithContentController() {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
     host.callbackLines.clear();
@@ -129,7 +129,7 @@ TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosedAfterARefusedDismissal) {
 
 TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
   for (const int contentController : {0, 1}) {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = contentController;
     createAgain(options);
     host.callbackLines.clear();
@@ -150,7 +150,7 @@ TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
 
 TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
   for (const VelPresentation presentation : {VEL_PRESENT_EMBEDDED, VEL_PRESENT_MODAL}) {
-    createAgain(virtualOptions(&callbacks));
+    createAgain(virtualTimeOptions(&callbacks));
     host.callbackLines.clear();
     present(presentation, 5);
     runInPass([] { windowSystem().serverClosesConnection("gone"); });
@@ -179,7 +179,7 @@ TEST_F(EndedTest, EndedCanCreateALaunchScreenInsideDestroy) {
   present(VEL_PRESENT_EMBEDDED, 5);
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
-      const VelCreateOptions options = virtualOptions();
+      const VelCreateOptions options = virtualTimeOptions();
       EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     }
   };
@@ -189,7 +189,7 @@ TEST_F(EndedTest, EndedCanCreateALaunchScreenInsideDestroy) {
 
 TEST_F(EndedTest, DestroyInsideACallbackCausesOneCallOfEnded) {
   for (const char* name : {"will_appear", "may_disappear", "did_disappear", "record_event"}) {
-    const VelCreateOptions options = virtualOptions(&callbacks);
+    const VelCreateOptions options = virtualTimeOptions(&callbacks);
     host.onCallback = nullptr;
     vel_destroy(&screen);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK);

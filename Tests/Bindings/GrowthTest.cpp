@@ -28,7 +28,7 @@ ResourceUse currentResourceUse() {
 void createAndDestroy(int round) {
   CHost host;
   const VelCallbacks callbacks = host.callbacks();
-  VelCreateOptions options = virtualOptions(&callbacks);
+  VelCreateOptions options = virtualTimeOptions(&callbacks);
   options.time = round % 2 == 0 ? VEL_TIME_REAL : VEL_TIME_VIRTUAL;
   options.content_controller = round % 3 == 0 ? 1 : 0;
   VelLaunchScreen* screen = nullptr;

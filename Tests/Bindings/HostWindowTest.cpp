@@ -35,7 +35,7 @@ class HostWindowTest : public testing::Test {
   ~HostWindowTest() override { vel_destroy(&screen); }
 
   VelStatus create(const VelHostWindow& window) {
-    VelCreateOptions options = virtualOptions();
+    VelCreateOptions options = virtualTimeOptions();
     options.host_window = &window;
     return vel_create(&options, &screen);
   }
@@ -92,7 +92,7 @@ TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
 
 TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
   const VelHostWindow window = waylandWindow();
-  VelCreateOptions options = virtualOptions();
+  VelCreateOptions options = virtualTimeOptions();
   options.window = 4711;
   options.host_window = &window;
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);

@@ -14,7 +14,7 @@ namespace {
 class CLoopTest : public CBindingTest {
  protected:
   CLoopTest() {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.time = VEL_TIME_REAL;
     createAgain(options);
     EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);

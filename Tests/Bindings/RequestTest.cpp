@@ -122,7 +122,7 @@ TEST_F(CRequestTest, ANullOrTooSmallVelRequestIsRefused) {
 
 TEST_F(CRequestTest, ARequestIsNotReadWhileALaunchScreenIsShown) {
   for (const int contentController : {0, 1}) {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = contentController;
     createAgain(options);
     present(VEL_PRESENT_EMBEDDED, 5);

@@ -15,7 +15,7 @@ class CRunTest : public CBindingTest {
  protected:
   /// Creates a launch screen over a window with a content controller.
   void createWithContentController() {
-    VelCreateOptions options = virtualOptions(&callbacks);
+    VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
   }
@@ -184,7 +184,7 @@ TEST_F(CRunTest, TheCoverStaysIfMayDisappearReturnsZero) {
 
 TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
   VelCallbacks noCallbacks = VEL_CALLBACKS_INIT;
-  createAgain(virtualOptions(&noCallbacks));
+  createAgain(virtualTimeOptions(&noCallbacks));
   testing::internal::CaptureStderr();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 5), VEL_OK);

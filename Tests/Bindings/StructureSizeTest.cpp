@@ -38,7 +38,7 @@ TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
   CHost host;
   const FirstVersionStructure<VelCallbacks, kFirstVersionCallbacksSize> callbacks(host.callbacks());
   const FirstVersionStructure<VelCreateOptions, kFirstVersionCreateOptionsSize> options(
-      virtualOptions(callbacks.get()));
+      virtualTimeOptions(callbacks.get()));
   const FirstVersionStructure<VelRequest, kFirstVersionRequestSize> request(
       makeRequest("launch_end", 1));
   ASSERT_EQ(vel_create(options.get(), &screen), VEL_OK) << vel_last_error();
@@ -51,7 +51,7 @@ TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
 }
 
 TEST_F(StructureSizeTest, VelCreateReadsTheWindowFromOptionsOfTheFirstVersion) {
-  VelCreateOptions currentOptions = virtualOptions();
+  VelCreateOptions currentOptions = virtualTimeOptions();
   currentOptions.window = 4711;
   const FirstVersionStructure<VelCreateOptions, kFirstVersionCreateOptionsSize> options(
       currentOptions);
@@ -66,7 +66,7 @@ TEST_F(StructureSizeTest, AnUnknownSizeOfVelCallbacksIsRefused) {
                                  kFirstVersionCallbacksSize + 1, kFirstVersionCallbacksSize + 4}) {
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
     callbacks.size = size;
-    const VelCreateOptions options = virtualOptions(&callbacks);
+    const VelCreateOptions options = virtualTimeOptions(&callbacks);
     EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << size;
   }
 }

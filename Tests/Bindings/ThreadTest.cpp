@@ -65,7 +65,7 @@ TEST_F(CThreadTest, TheNextPumpCarriesOutADismissalFromAnotherThread) {
 }
 
 TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesVelRun) {
-  VelCreateOptions options = virtualOptions(&callbacks);
+  VelCreateOptions options = virtualTimeOptions(&callbacks);
   options.time = VEL_TIME_REAL;
   createAgain(options);
   present(VEL_PRESENT_EMBEDDED, 10'000, "skip");
@@ -94,7 +94,7 @@ TEST_F(CThreadTest, TwoThreadsCanDismissWhileTheOwningThreadRecreatesTheLaunchSc
   };
   std::thread firstThread(dismissRepeatedly);
   std::thread secondThread(dismissRepeatedly);
-  const VelCreateOptions options = virtualOptions(&callbacks);
+  const VelCreateOptions options = virtualTimeOptions(&callbacks);
   for (int round = 0; round < 200 || callCount < 1000; ++round) {
     const VelRequest request = makeRequest("launch_end", 1, round % 2 == 0 ? "skip" : nullptr);
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
@@ -124,7 +124,7 @@ TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilVelDestroyReturns) {
   // The last step of vel_destroy drains the release pool.
   ReleasePool::currentPool().add(make<DestructionObserver>([&statusOnOtherThread] {
     std::thread([&statusOnOtherThread] {
-      const VelCreateOptions options = virtualOptions();
+      const VelCreateOptions options = virtualTimeOptions();
       VelLaunchScreen* otherScreen = nullptr;
       statusOnOtherThread = vel_create(&options, &otherScreen);
       vel_destroy(&otherScreen);
@@ -137,7 +137,7 @@ TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilVelDestroyReturns) {
 TEST(OwningThreadTest, AnotherThreadCanDestroyAfterTheOwningThreadHasEnded) {
   CHost host;
   const VelCallbacks callbacks = host.callbacks();
-  const VelCreateOptions options = virtualOptions(&callbacks);
+  const VelCreateOptions options = virtualTimeOptions(&callbacks);
   VelLaunchScreen* screen = nullptr;
   std::thread([&] {
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
@@ -161,7 +161,7 @@ TEST(OwningThreadTest, AnotherThreadCanDestroyAfterTheOwningThreadHasEnded) {
 }
 
 TEST(OwningThreadTest, NoOtherThreadCanDestroyWhileTheOwningThreadRuns) {
-  const VelCreateOptions options = virtualOptions();
+  const VelCreateOptions options = virtualTimeOptions();
   VelLaunchScreen* screen = nullptr;
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   std::thread([&] { EXPECT_EQ(vel_destroy(&screen), VEL_WRONG_THREAD); }).join();
@@ -172,7 +172,7 @@ TEST(OwningThreadTest, AnyThreadCanOwnALaunchScreen) {
   const auto runLaunchScreen = [] {
     CHost host;
     const VelCallbacks callbacks = host.callbacks();
-    const VelCreateOptions options = virtualOptions(&callbacks);
+    const VelCreateOptions options = virtualTimeOptions(&callbacks);
     VelLaunchScreen* screen = nullptr;
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     const VelRequest request = makeRequest("launch_end", 1);

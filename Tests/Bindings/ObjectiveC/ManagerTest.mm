@@ -141,7 +141,7 @@ TEST_F(ObjectiveCManager, NotifiesTheCurrentDelegateEachTimeTheStateIsSet) {
 }
 
 TEST_F(ObjectiveCManager, DoesNotNotifyADelegateThatDoesNotAdoptTheProtocol) {
-  UndeclaredDelegate* const delegate = [[[UndeclaredDelegate alloc] init] autorelease];
+  DelegateWithoutProtocol* const delegate = [[[DelegateWithoutProtocol alloc] init] autorelease];
   [manager setDelegate:static_cast<id>(delegate)];
   EXPECT_TRUE(request(parametersWith(@"5")) != nil);
   EXPECT_EQ(delegate->changes, 0);

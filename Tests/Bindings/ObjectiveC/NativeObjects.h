@@ -30,7 +30,7 @@
 @end
 
 /// Implements the operation of ContentResolverDelegate. The class does not adopt this protocol.
-@interface UndeclaredDelegate : NSObject {
+@interface DelegateWithoutProtocol : NSObject {
  @public
   int changes;
 }

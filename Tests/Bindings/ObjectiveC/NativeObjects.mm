@@ -32,7 +32,7 @@
 }
 @end
 
-@implementation UndeclaredDelegate
+@implementation DelegateWithoutProtocol
 - (void)contentResolver:(id<ContentResolver>)resolver
     didChangeStateForContentData:(id<ContentData>)data {
   ++changes;
