@@ -62,7 +62,7 @@ void CallbackDelegate::recordEvent(std::string_view event) {
   });
 }
 
-void CallbackDelegate::reportKeptControls(std::uint32_t controls) {
+void CallbackDelegate::reportRemainingControls(std::uint32_t controls) {
   queue_.add([this, controls] {
     if (callbacks_.controls_kept != nullptr) {
       callbacks_.controls_kept(callbacks_.user_data, controls);

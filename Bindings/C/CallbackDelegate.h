@@ -43,7 +43,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   // Each of these functions calls one callback, or adds it to the queue.
   void logLine(std::string_view line);
   void recordEvent(std::string_view event);
-  void reportKeptControls(std::uint32_t controls);
+  void reportRemainingControls(std::uint32_t controls);
   void requestControlsRemoval(std::uint32_t controls);
   void reportLostDisplay(std::string_view reason);
   void reportEnd(VelEndReason reason);

@@ -117,12 +117,13 @@ void Session::connectSinks() {
   if (callbacks_.record_event != nullptr) {
     MetricsCenter::setSink([delegate](std::string_view event) { delegate->recordEvent(event); });
   }
-  NSApp->setControlsKeptHandler([this, delegate](NSWindow& window, NSWindowStyleMask controls) {
-    delegate->reportKeptControls(static_cast<std::uint32_t>(controls));
-    if (isSurface_ && &window == window_.get()) {
-      delegate->requestControlsRemoval(static_cast<std::uint32_t>(controls));
-    }
-  });
+  NSApp->setRemainingControlsHandler(
+      [this, delegate](NSWindow& window, NSWindowStyleMask controls) {
+        delegate->reportRemainingControls(static_cast<std::uint32_t>(controls));
+        if (isSurface_ && &window == window_.get()) {
+          delegate->requestControlsRemoval(static_cast<std::uint32_t>(controls));
+        }
+      });
   NSApp->setDisplayLostHandler([this, delegate](std::string_view reason) {
     isDisplayLost_ = true;
     delegate->reportLostDisplay(reason);

@@ -45,9 +45,10 @@ void LineConsole::report(double time, std::string_view text) {
 }
 
 void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
-  if (timeLeft.countdown != countdown_) {
-    countdown_ = timeLeft.countdown;
-    report(time, countdown_ == CountdownState::Paused ? kPausedText : "resumed: in front again");
+  if (timeLeft.state != countdownState_) {
+    countdownState_ = timeLeft.state;
+    report(time,
+           countdownState_ == CountdownState::Paused ? kPausedText : "resumed: in front again");
   }
   const double wholeSecond = std::round(timeLeft.remainingSeconds);
   if (wholeSecond >= 1 && wholeSecond < lastPrintedSecond_ &&
@@ -104,7 +105,7 @@ void LiveConsole::reportOnOwnLine(double time, std::string_view text) {
 
 void LiveConsole::showTimeLeft(double /*time*/, const TimeLeft& timeLeft) {
   reports_.clear();
-  write(countdownLine(timeLeft, timeLeft.countdown == CountdownState::Paused ? kPausedText : hint_,
+  write(countdownLine(timeLeft, timeLeft.state == CountdownState::Paused ? kPausedText : hint_,
                       columnCount_() - 1));
 }
 

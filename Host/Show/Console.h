@@ -19,7 +19,7 @@ enum class CountdownState : std::uint8_t { Running, Paused };
 struct TimeLeft {
   double remainingSeconds = 0;
   double totalSeconds = 0;
-  CountdownState countdown = CountdownState::Running;
+  CountdownState state = CountdownState::Running;
 };
 
 /// Reports the progress of `launchscreen show` to the user. In all functions, `time` is the time in
@@ -57,7 +57,7 @@ class LineConsole final : public Console {
 
  private:
   std::ostream* out_;
-  CountdownState countdown_ = CountdownState::Running;
+  CountdownState countdownState_ = CountdownState::Running;
   double lastPrintedSecond_ = std::numeric_limits<double>::infinity();
 };
 

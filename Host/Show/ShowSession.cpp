@@ -66,8 +66,8 @@ void ShowSession::start() {
   previousObserver_ = setPlatformObserver(this);
   previousSink_ = MetricsCenter::setSink([this](std::string_view event) { eventRecorded(event); });
   NSApp->setDisplayLostHandler([this](std::string_view reason) { displayLost(reason); });
-  NSApp->setControlsKeptHandler([this](const NSWindow& window, NSWindowStyleMask controls) {
-    controlsKept(window, controls);
+  NSApp->setRemainingControlsHandler([this](const NSWindow& window, NSWindowStyleMask controls) {
+    reportRemainingControls(window, controls);
   });
   needsScreenshot_ = !options_.screenshotPath.empty();
   if (options_.window) {
@@ -190,8 +190,8 @@ bool ShowSession::update() {
   if (isCovering() && !isDismissed_) {
     const CountdownState currentState =
         manager_->appIsUnfocused() ? CountdownState::Paused : CountdownState::Running;
-    if (currentState != countdown_) {
-      countdown_ = currentState;
+    if (currentState != countdownState_) {
+      countdownState_ = currentState;
       showTimeLeft();
     }
   }
@@ -234,7 +234,7 @@ void ShowSession::shutDown() {
   send(playerWindow_, &NSWindow::close);  // releases an adopted window instead of closing it
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
-  send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
+  send(NSApp, &NSApplication::setRemainingControlsHandler, nullptr);
   MetricsCenter::setSink(std::exchange(previousSink_, nullptr));
   setPlatformObserver(previousObserver_);
 }
@@ -292,11 +292,12 @@ void ShowSession::displayLost(std::string_view reason) {
   fail("the display is lost: " + std::string(reason));
 }
 
-void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
+void ShowSession::reportRemainingControls(const NSWindow& window,
+                                          NSWindowStyleMask remainingControls) {
   // The user needs this report only while the library tries to remove the controls.
   if (&window == playerWindow_.get() && areControlsRemoved_) {
-    console_->reportOnOwnLine(time(),
-                              "controls kept by the window manager: " + controlNames(keptControls));
+    console_->reportOnOwnLine(
+        time(), "controls kept by the window manager: " + controlNames(remainingControls));
   }
 }
 
@@ -326,7 +327,7 @@ void ShowSession::report(std::string_view text) { console_->report(time(), text)
 void ShowSession::showTimeLeft() {
   console_->showTimeLeft(time(), {.remainingSeconds = manager_->launchScreenExpirationTimeLeft(),
                                   .totalSeconds = totalSeconds_,
-                                  .countdown = countdown_});
+                                  .state = countdownState_});
 }
 
 bool ShowSession::isCovering() const {

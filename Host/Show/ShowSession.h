@@ -78,9 +78,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   // Called when the library has recorded the analytics event of the launch screen.
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);
-  // `keptControls` are the controls that the window manager still offers although the style mask
-  // excludes them.
-  void controlsKept(const NSWindow& window, NSWindowStyleMask keptControls);
+  // `remainingControls` are the controls that the window manager still offers although the style
+  // mask excludes them.
+  void reportRemainingControls(const NSWindow& window, NSWindowStyleMask remainingControls);
   void takeScreenshot();
   void fail(std::string failure);
 
@@ -116,7 +116,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   // The style of the player window before the launch screen.
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
   double totalSeconds_ = 0;  // the duration of the countdown
-  CountdownState countdown_ = CountdownState::Running;
+  CountdownState countdownState_ = CountdownState::Running;
   bool hasViewAppeared_ = false;       // `viewDidAppear` of `cover_` was called
   bool hasSceneBeenOnScreen_ = false;  // the window system has shown the launch screen
   bool areControlsRemoved_ = false;    // the library has removed the controls from the style mask

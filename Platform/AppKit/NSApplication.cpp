@@ -96,7 +96,8 @@ Strong<NSWindow> NSApplication::dialogOwner() const {
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::string& error) {
-  const std::optional<AdoptedWindow> description = callWindowSystem()->adoptWindow(native, error);
+  const std::optional<AdoptedWindow> description =
+      windowSystemCallGuard()->adoptWindow(native, error);
   if (!description) {
     return nullptr;
   }
@@ -109,7 +110,7 @@ Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::str
   window->isMiniaturized_ = !description->isOnScreen;
   openWindows_.push_back(window);
   if (description->isOnScreen) {
-    addToScreen(window);
+    addToOrderedWindows(window);
   }
   if (description->hasFocus) {
     focusMoved(description->handle);
@@ -179,7 +180,7 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
   send(next, &NSWindow::makeKeyWindow);
 }
 
-void NSApplication::addToScreen(const Strong<NSWindow>& window) {
+void NSApplication::addToOrderedWindows(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
   // A modal session can begin before its window has a handle. `updateModality` passes the new
@@ -187,7 +188,7 @@ void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   updateModality();
 }
 
-void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
+void NSApplication::removeFromOrderedWindows(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   if (mainWindow_.lock() == window) {
     mainWindow_.reset();
@@ -269,7 +270,7 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 void NSApplication::updateModality() {
   const bool isModal = !modalSessions_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
-  callWindowSystem()->setModalWindow(send(modalWindow(), &NSWindow::handle));
+  windowSystemCallGuard()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
 // Other reports from the window system
@@ -326,13 +327,14 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   }
 }
 
-// `keptControls` are the controls that the window manager still offers although the style mask
+// `remainingControls` are the controls that the window manager still offers although the style mask
 // excludes them.
-void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) {
+void NSApplication::remainingControlsDetected(WindowHandle handle,
+                                              NSWindowStyleMask remainingControls) {
   const Strong<NSWindow> window = windowFor(handle);
-  const auto handler = controlsKeptHandler_;
+  const auto handler = remainingControlsHandler_;
   if (window != nullptr && handler) {
-    handler(*window, keptControls);
+    handler(*window, remainingControls);
   }
 }
 

@@ -75,8 +75,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Sets the handler that is called after a change of a window's style mask. The handler's second
   /// argument contains the controls that the window manager still offers although the mask excludes
   /// them. The argument is 0 (NSWindowStyleMaskBorderless) if there are no such controls.
-  void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
-    controlsKeptHandler_ = std::move(handler);
+  void setRemainingControlsHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
+    remainingControlsHandler_ = std::move(handler);
   }
   /// Sets the handler that is called once, when the connection to the display is lost. All
   /// windows are already closed. The argument is the reason.
@@ -101,10 +101,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// Calls one operation of the window system. The operation may make the window system's next
   /// deadline earlier, so the destructor updates the run loop's descriptor.
-  class WindowSystemCall : private NonCopyable {
+  class WindowSystemCallGuard : private NonCopyable {
    public:
-    explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
-    ~WindowSystemCall() { NSRunLoop::mainRunLoop().updateDescriptor(); }
+    explicit WindowSystemCallGuard(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
+    ~WindowSystemCallGuard() { NSRunLoop::mainRunLoop().updateDescriptor(); }
 
     WindowSystem* operator->() const { return &windowSystem_; }
 
@@ -122,7 +122,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void miniaturizedChanged(WindowHandle handle, bool isMiniaturized) override;
   void styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) override;
   void orderChanged(const std::vector<WindowHandle>& handles) override;
-  void controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) override;
+  void remainingControlsDetected(WindowHandle handle, NSWindowStyleMask remainingControls) override;
   void displayLost(std::string_view reason) override;
 
   // RunLoopSource
@@ -132,7 +132,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   // Closes all windows, removes this object from the window system and the run loop, and sets NSApp
   // to null.
   void disconnect();
-  [[nodiscard]] WindowSystemCall callWindowSystem() { return WindowSystemCall(*windowSystem_); }
+  [[nodiscard]] WindowSystemCallGuard windowSystemCallGuard() {
+    return WindowSystemCallGuard(*windowSystem_);
+  }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
@@ -145,9 +147,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   // Sets the mode of the run loop and the modal window of the window system.
   void updateModality();
   // Puts `window` at the front of `orderedWindows_`. Does not show `window`.
-  void addToScreen(const Strong<NSWindow>& window);
+  void addToOrderedWindows(const Strong<NSWindow>& window);
   // Removes `window` from `orderedWindows_` and `mainWindow_`. Does not hide `window`.
-  void removeFromScreen(const Strong<NSWindow>& window);
+  void removeFromOrderedWindows(const Strong<NSWindow>& window);
 
   std::unique_ptr<WindowSystem> windowSystem_;
   std::map<WindowHandle, NSWindow*> windowsByHandle_;
@@ -161,7 +163,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   std::vector<ModalSession> modalSessions_;
   std::uint64_t lastModalSessionId_ = 0;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // set by `setRunLoopMode`
-  std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
+  std::function<void(NSWindow&, NSWindowStyleMask)> remainingControlsHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;
 };

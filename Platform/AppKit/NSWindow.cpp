@@ -28,7 +28,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
     NSApp->windowsByHandle_.erase(handle_);
-    NSApp->callWindowSystem()->releaseWindow(handle_);
+    NSApp->windowSystemCallGuard()->releaseWindow(handle_);
   }
 }
 
@@ -91,7 +91,7 @@ void NSWindow::setContentViewController(const Strong<NSViewController>& controll
 
 void NSWindow::setFrame(CGRect frame) {
   if (NSApp != nullptr && frame != frame_) {
-    NSApp->callWindowSystem()->setFrame(handle_, frame);
+    NSApp->windowSystemCallGuard()->setFrame(handle_, frame);
   }
   frameChanged(frame);
 }
@@ -110,7 +110,7 @@ void NSWindow::frameChanged(CGRect frame) {
 void NSWindow::setTitle(std::string_view title) {
   title_ = title;
   if (NSApp != nullptr) {
-    NSApp->callWindowSystem()->setTitle(handle_, title);
+    NSApp->windowSystemCallGuard()->setTitle(handle_, title);
   }
 }
 
@@ -119,14 +119,14 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   notifyPlatformObserver(
       [&](PlatformObserver& observer) { observer.styleMaskWasSet(*this, styleMask); });
   if (NSApp != nullptr) {
-    NSApp->callWindowSystem()->setStyleMask(handle_, styleMask);
+    NSApp->windowSystemCallGuard()->setStyleMask(handle_, styleMask);
   }
 }
 
 void NSWindow::setMovableByWindowBackground(bool isMovable) {
   isMovableByWindowBackground_ = isMovable;
   if (NSApp != nullptr) {
-    NSApp->callWindowSystem()->setMovableByBackground(handle_, isMovable);
+    NSApp->windowSystemCallGuard()->setMovableByBackground(handle_, isMovable);
   }
 }
 
@@ -146,7 +146,7 @@ void NSWindow::realize() {
     return;
   }
   const Strong<NSWindow> owner = owner_.lock();
-  handle_ = NSApp->callWindowSystem()->createWindow(
+  handle_ = NSApp->windowSystemCallGuard()->createWindow(
       {.className = std::string(className()),
        .title = title_,
        .frame = frame_,
@@ -180,8 +180,8 @@ void NSWindow::open(KeyRequest keyRequest) {
   }
   realize();
   isOnScreen_ = true;
-  NSApp->addToScreen(strongSelf);
-  NSApp->callWindowSystem()->orderFront(handle_);
+  NSApp->addToOrderedWindows(strongSelf);
+  NSApp->windowSystemCallGuard()->orderFront(handle_);
   setNeedsDisplay();
   if (isOpening) {
     notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowOpened(*this); });
@@ -213,9 +213,9 @@ void NSWindow::close() {
   scene_.clear();
   const Strong<NSApplication> application = NSApp;
   if (application != nullptr) {
-    application->removeFromScreen(strongSelf);
+    application->removeFromOrderedWindows(strongSelf);
     std::erase(application->openWindows_, strongSelf);
-    application->callWindowSystem()->orderOut(handle_);
+    application->windowSystemCallGuard()->orderOut(handle_);
     application->endModalSessions(this);
   }
   endPresentation();
@@ -251,13 +251,13 @@ void NSWindow::performClose() {
 
 void NSWindow::miniaturize() {
   if (isOnScreen_ && NSApp != nullptr) {
-    NSApp->callWindowSystem()->requestMiniaturized(handle_, true);
+    NSApp->windowSystemCallGuard()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
   if (isMiniaturized_ && NSApp != nullptr) {
-    NSApp->callWindowSystem()->requestMiniaturized(handle_, false);
+    NSApp->windowSystemCallGuard()->requestMiniaturized(handle_, false);
   }
 }
 
@@ -269,10 +269,10 @@ void NSWindow::miniaturizedChanged(bool isMiniaturized) {
   isMiniaturized_ = isMiniaturized;
   isOnScreen_ = !isMiniaturized;
   if (isMiniaturized) {
-    NSApp->removeFromScreen(strongSelf);
+    NSApp->removeFromOrderedWindows(strongSelf);
     NSApp->makeNextWindowKey(strongSelf);
   } else {
-    NSApp->addToScreen(strongSelf);
+    NSApp->addToOrderedWindows(strongSelf);
     setNeedsDisplay();
   }
   NSNotificationCenter::defaultCenter().postNotificationNameObject(
@@ -287,7 +287,7 @@ void NSWindow::windowDestroyed() {
 
 void NSWindow::makeKeyWindow() {
   if (isOnScreen_ && !isKeyWindow() && NSApp != nullptr) {
-    NSApp->callWindowSystem()->requestFocus(handle_);
+    NSApp->windowSystemCallGuard()->requestFocus(handle_);
   }
 }
 
@@ -313,7 +313,7 @@ void NSWindow::setNeedsDisplay() {
   }
   if (scene != scene_) {
     scene_ = std::move(scene);
-    NSApp->callWindowSystem()->setScene(handle_, scene_);
+    NSApp->windowSystemCallGuard()->setScene(handle_, scene_);
   }
 }
 

@@ -130,11 +130,11 @@ void NSRunLoop::beginPass() {
 
 // Sets `kIsIdle`. Later calls of `NSRunLoop::wake` thus call `Clock::wake`. Returns false if a
 // thread has called `NSRunLoop::wake` since the latest pass began.
-bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
+bool NSRunLoop::tryToBecomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
 void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
   waitSet_->setDeadline(deadline);
-  if (!becomeIdle()) {
+  if (!tryToBecomeIdle()) {
     // The earlier call of `NSRunLoop::wake` may not have made the descriptor readable.
     waitSet_->wake();
   }
@@ -227,7 +227,7 @@ Nanoseconds NSRunLoop::nextDeadline(NSRunLoopMode mode) const {
 }
 
 void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
-  if (!becomeIdle()) {
+  if (!tryToBecomeIdle()) {
     return;
   }
   const bool isEndless = !clock_->waitUntil(std::min(limit, nextDeadline(mode)));

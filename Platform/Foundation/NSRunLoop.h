@@ -134,7 +134,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   void beginPass();
   void setDescriptorDeadline(Nanoseconds deadline);
   /// Returns false if `wake` has been called since the latest pass began.
-  bool becomeIdle();
+  bool tryToBecomeIdle();
   void removeTimer(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);
   void reschedule(Timers::const_iterator position, Nanoseconds currentTime);

@@ -124,7 +124,7 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// Reports, after a change of the style mask, the controls that the window manager still offers
   /// although the mask excludes them. `controls` is 0 (NSWindowStyleMaskBorderless) if the window
   /// manager honours the mask.
-  virtual void controlsKept(WindowHandle window, NSWindowStyleMask controls) = 0;
+  virtual void remainingControlsDetected(WindowHandle window, NSWindowStyleMask controls) = 0;
   /// The connection to the window system is lost. All windows are gone and all handles are invalid.
   virtual void displayLost(std::string_view reason) = 0;
 };

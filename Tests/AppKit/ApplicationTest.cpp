@@ -267,7 +267,7 @@ TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
   windowSystem.delegate->windowDestroyed(kUnknownWindow);
   windowSystem.delegate->frameChanged(kUnknownWindow, CGRectZero);
   windowSystem.delegate->miniaturizedChanged(kUnknownWindow, true);
-  windowSystem.delegate->controlsKept(kUnknownWindow, NSWindowStyleMaskClosable);
+  windowSystem.delegate->remainingControlsDetected(kUnknownWindow, NSWindowStyleMaskClosable);
   windowSystem.delegate->focusMoved(kUnknownWindow);
   EXPECT_TRUE(recorder.events.empty());
 }
@@ -293,20 +293,20 @@ TEST_F(ApplicationTest, AnActivationReportThatNamesAWindowDoesNotRestoreThePrevi
   EXPECT_EQ(recorder.takeEvents(), (Events{"B becomes key", "application becomes active"}));
 }
 
-// The kept controls are the controls that the window manager still offers although the style mask
-// excludes them.
-TEST_F(ApplicationTest, TheHandlerForKeptControlsReceivesTheWindowAndTheControls) {
+// The remaining controls are the controls that the window manager still offers although the style
+// mask excludes them.
+TEST_F(ApplicationTest, TheHandlerForRemainingControlsReceivesTheWindowAndTheControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
   // Without a handler the report does nothing.
-  windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);
-  NSWindowStyleMask keptControls = 0;
-  NSApp->setControlsKeptHandler([&](NSWindow& reportedWindow, NSWindowStyleMask controls) {
+  windowSystem.delegate->remainingControlsDetected(window->handle(), NSWindowStyleMaskClosable);
+  NSWindowStyleMask remainingControls = 0;
+  NSApp->setRemainingControlsHandler([&](NSWindow& reportedWindow, NSWindowStyleMask controls) {
     EXPECT_EQ(&reportedWindow, window.get());
-    keptControls = controls;
+    remainingControls = controls;
   });
-  windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);
-  EXPECT_EQ(keptControls, NSWindowStyleMaskClosable);
+  windowSystem.delegate->remainingControlsDetected(window->handle(), NSWindowStyleMaskClosable);
+  EXPECT_EQ(remainingControls, NSWindowStyleMaskClosable);
 }
 
 TEST_F(ApplicationTest, AnAdoptedWindowHasTheStateThatTheWindowSystemReports) {

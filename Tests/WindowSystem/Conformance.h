@@ -48,9 +48,10 @@ struct Backend {
   bool reportsOrder;
   /// True if the back end reports that the host or another program has destroyed a window.
   bool reportsDestruction;
-  /// True if each change of the style mask causes a `controlsKept` report. The report names the
-  /// controls that the window manager still offers although the new style mask excludes them.
-  bool reportsControlsKept;
+  /// True if each change of the style mask causes a `remainingControlsDetected` report. The report
+  /// names the controls that the window manager still offers although the new style mask excludes
+  /// them.
+  bool reportsRemainingControls;
   /// True if the back end reports that the connection to the display is lost.
   bool reportsLostDisplay;
 

@@ -192,10 +192,10 @@ TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
 
 // Kept controls are those that the window manager still offers although the style mask excludes
 // them.
-TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndCanReportThem) {
+TEST_P(Conformance, RemainingControlsAreReportedIfTheBackEndCanReportThem) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
-  if (GetParam().reportsControlsKept) {
+  if (GetParam().reportsRemainingControls) {
     EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("controls kept") > 0; }));
     EXPECT_THAT(reports.lines, Contains(StartsWith("controls kept " + nameOf(window))));
   } else {

@@ -50,7 +50,7 @@ void ReportListener::orderChanged(const std::vector<WindowHandle>& windows) {
     lines.back() += " " + nameOf(window);
   }
 }
-void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
+void ReportListener::remainingControlsDetected(WindowHandle window, NSWindowStyleMask controls) {
   lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
 }
 void ReportListener::displayLost(std::string_view /*reason*/) {

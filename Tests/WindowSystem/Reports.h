@@ -25,7 +25,7 @@ class ReportListener final : public WindowSystemDelegate {
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
   void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
   void orderChanged(const std::vector<WindowHandle>& windows) override;
-  void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
+  void remainingControlsDetected(WindowHandle window, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 
   [[nodiscard]] bool contains(std::string_view line) const;

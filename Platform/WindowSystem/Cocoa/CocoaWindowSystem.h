@@ -27,7 +27,7 @@ namespace vel {
 /// AppKit offers no pictures of the screen, and does not report a lost display. So `picture`
 /// returns no value, and the back end never reports `displayLost`. On the free AppKit, the window
 /// manager draws the close and miniaturise controls. The back end cannot remove them there, and
-/// reports them as kept.
+/// reports them as remaining controls.
 class CocoaWindowSystem final : public WindowSystem {
  public:
   /// Connects to AppKit. On failure, sets `error` to the reason and returns null.

@@ -407,8 +407,10 @@ void CocoaWindowSystem::setTitle(WindowHandle handle, std::string_view title) {
 void CocoaWindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) {
   const AutoreleasePool pool;
   if (Window* const window = find(handle)) {
-    const NSWindowStyleMask kept = window->style.setMask(styleMask);
-    report(handle, [=](WindowSystemDelegate& delegate) { delegate.controlsKept(handle, kept); });
+    const NSWindowStyleMask remainingControls = window->style.setMask(styleMask);
+    report(handle, [=](WindowSystemDelegate& delegate) {
+      delegate.remainingControlsDetected(handle, remainingControls);
+    });
   }
 }
 

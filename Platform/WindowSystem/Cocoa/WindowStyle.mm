@@ -52,7 +52,7 @@ NSWindowStyleMask WindowStyle::setMask(NSWindowStyleMask mask) {
 // If the window manager draws the title bar, AppKit has no buttons to hide. Returns the excluded
 // close and miniaturise controls that have no button.
 NSWindowStyleMask WindowStyle::hideButtons() {
-  NSWindowStyleMask kept = 0;
+  NSWindowStyleMask remainingControls = 0;
   for (Control& control : controls_) {
     if ((ownersMask_ & ~mask_ & control.bit) == 0) {
       [control.hiddenButton setHidden:NO];
@@ -66,10 +66,10 @@ NSWindowStyleMask WindowStyle::hideButtons() {
       control.hiddenButton = [button retain];
       [button setHidden:YES];
     } else if (button == nil && control.bit != NSWindowStyleMaskResizable) {
-      kept |= control.bit;
+      remainingControls |= control.bit;
     }
   }
-  return kept;
+  return remainingControls;
 }
 
 // The free AppKit finds the button by its tag, so it can find a view of the owner's content.

@@ -165,7 +165,7 @@ void HeadlessWindowSystem::userRestacksWindows(const std::vector<WindowHandle>& 
 void HeadlessWindowSystem::windowManagerKeepsControls(WindowHandle window,
                                                       NSWindowStyleMask controls) {
   if (findWindow(window) != nullptr && delegate_ != nullptr) {
-    delegate_->controlsKept(window, controls);
+    delegate_->remainingControlsDetected(window, controls);
   }
 }
 

@@ -449,20 +449,21 @@ void WaylandWindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask st
   connection_->flush();
 }
 
-void WaylandWindowSystem::reportKeptControls() {
+void WaylandWindowSystem::reportRemainingControls() {
   for (const auto& [handle, window] : windows_) {
     if (!std::exchange(window->hasNewStyleMask, false)) {
       continue;
     }
-    NSWindowStyleMask kept = kControls & ~window->description.styleMask;
+    NSWindowStyleMask remainingControls = kControls & ~window->description.styleMask;
     if (window->toplevel != nullptr && window->toplevel->frame() != nullptr) {
-      kept = 0;  // the frame has no other controls than those of the style mask
+      remainingControls = 0;  // the frame has no other controls than those of the style mask
     } else if (!window->isAdopted() || window->adoptedToplevel != nullptr) {
-      kept &= ~NSWindowStyleMaskResizable;
+      remainingControls &= ~NSWindowStyleMaskResizable;
     }
-    reports_.add(handle, [changedWindow = handle, kept](WindowSystemDelegate& delegate) {
-      delegate.controlsKept(changedWindow, kept);
-    });
+    reports_.add(handle,
+                 [changedWindow = handle, remainingControls](WindowSystemDelegate& delegate) {
+                   delegate.remainingControlsDetected(changedWindow, remainingControls);
+                 });
   }
 }
 
@@ -524,7 +525,7 @@ bool WaylandWindowSystem::deliverEvents() {
   }
   if (!isConnectionLost_) {
     focus_->reportChanges();
-    reportKeptControls();
+    reportRemainingControls();
   }
   return reports_.deliver() || hasEvents;  // the delegate may destroy this object
 }

@@ -54,7 +54,7 @@ class WaylandWindowSystem final : public WindowSystem {
   void setFrame(WindowHandle handle, CGRect frame) override;
   void setTitle(WindowHandle handle, std::string_view title) override;
   /// Disables resizing if the back end knows the xdg_toplevel, and reports all other removed
-  /// controls as kept.
+  /// controls as remaining controls.
   void setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) override;
   void setMovableByBackground(WindowHandle handle, bool movable) override;
   void setScene(WindowHandle handle, const Scene& scene) override;
@@ -73,7 +73,7 @@ class WaylandWindowSystem final : public WindowSystem {
     wl_surface* adoptedSurface = nullptr;
     xdg_toplevel* adoptedToplevel = nullptr;
     NSWindowStyleMask ownersMask = 0;  // the mask of an adopted window before its first change
-    /// True if the style mask has changed since the last report of the kept controls.
+    /// True if the style mask has changed since the last report of the remaining controls.
     bool hasNewStyleMask = false;
     bool isOrderedIn = false;  // true from `orderFront` until `orderOut`; always if adopted
     /// The surface of the back end: its own window, or the cover of an adopted window while the
@@ -114,9 +114,9 @@ class WaylandWindowSystem final : public WindowSystem {
   void configured(WindowHandle handle, CGSize size);
   void reportFrame(const Window& window);
   void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;
-  // Adds a report of the kept controls for each window whose style mask has changed. The platform
-  // layer removes one control at a time, so the report waits until `deliverEvents`.
-  void reportKeptControls();
+  // Adds a report of the remaining controls for each window whose style mask has changed. The
+  // platform layer removes one control at a time, so the report waits until `deliverEvents`.
+  void reportRemainingControls();
   // True if the back end has a surface on the screen: a cover or a window of its own.
   [[nodiscard]] bool hasSurface() const;
   // Releases all windows and reports `displayLost` if the connection is broken.

@@ -17,10 +17,10 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   }
   const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
-  // The kept controls are the controls that the window manager offers although the style mask
-  // excludes them. After a change of the mask, `reportedKeptControls` has no value until the
+  // The remaining controls are the controls that the window manager offers although the style mask
+  // excludes them. After a change of the mask, `reportedRemainingControls` has no value until the
   // scheduled check. An earlier check could read the controls for the previous mask.
-  if (window != nullptr && window->reportedKeptControls &&
+  if (window != nullptr && window->reportedRemainingControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
   }
@@ -28,14 +28,14 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
 
 void ControlsMonitor::windowManagerChanged() {
   for (auto& [id, window] : windows_) {
-    if (window.reportedKeptControls) {
+    if (window.reportedRemainingControls) {
       scheduleCheck(window);
     }
   }
 }
 
 void ControlsMonitor::styleMaskChanged(Window& window) {
-  window.reportedKeptControls.reset();
+  window.reportedRemainingControls.reset();
   scheduleCheck(window);
 }
 
@@ -70,12 +70,12 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }
-  const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
-  if (window.reportedKeptControls != keptControls) {
-    window.reportedKeptControls = keptControls;
+  const NSWindowStyleMask remainingControls = *offeredControls & window.style->removedControls();
+  if (window.reportedRemainingControls != remainingControls) {
+    window.reportedRemainingControls = remainingControls;
     const WindowHandle handle = window.handle();
-    reports_.add(handle, [handle, keptControls](WindowSystemDelegate& delegate) {
-      delegate.controlsKept(handle, keptControls);
+    reports_.add(handle, [handle, remainingControls](WindowSystemDelegate& delegate) {
+      delegate.remainingControlsDetected(handle, remainingControls);
     });
   }
 }

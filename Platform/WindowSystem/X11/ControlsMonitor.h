@@ -7,8 +7,8 @@
 
 namespace vel::x11 {
 
-/// Reports the kept controls: the controls (close, miniaturise, resize) that the window manager
-/// still offers although a window's style mask excludes them. A check of a window reads the
+/// Reports the remaining controls: the controls (close, miniaturise, resize) that the window
+/// manager still offers although a window's style mask excludes them. A check of a window reads the
 /// controls that the window manager offers.
 class ControlsMonitor final : public NonCopyable {
  public:
@@ -22,11 +22,11 @@ class ControlsMonitor final : public NonCopyable {
   /// set.
   void windowManagerChanged();
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
-  /// kept controls even if they have not changed.
+  /// remaining controls even if they have not changed.
   static void styleMaskChanged(Window& window);
   /// Call this after the window's hints have changed. Schedules a check after
   /// `kWindowManagerDelay`, when the window manager has had time to act. The check reports the
-  /// kept controls only if they have changed.
+  /// remaining controls only if they have changed.
   static void scheduleCheck(Window& window);
 
   /// The time at which `check` has work to do; `kNever` if it has none.

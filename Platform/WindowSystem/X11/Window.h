@@ -42,10 +42,10 @@ struct Window {
   /// The time at which `ControlsMonitor` checks which controls (close, miniaturise, resize) the
   /// window manager offers. `kNever` if no check is scheduled.
   Nanoseconds controlsDeadline = kNever;
-  /// The controls in the last `controlsKept` report: the controls that the window manager still
-  /// offers although the style mask excludes them. No value if there has been no report since the
-  /// style mask was last set.
-  std::optional<NSWindowStyleMask> reportedKeptControls = std::nullopt;
+  /// The controls in the last `remainingControlsDetected` report: the controls that the window
+  /// manager still offers although the style mask excludes them. No value if there has been no
+  /// report since the style mask was last set.
+  std::optional<NSWindowStyleMask> reportedRemainingControls = std::nullopt;
   /// The latest time at which `StyleRestorer` calls `WindowStyle::finishRestoring`. `kNever` if
   /// `StyleRestorer` has not scheduled this call.
   Nanoseconds restorationDeadline = kNever;

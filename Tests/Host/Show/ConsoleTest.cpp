@@ -15,7 +15,7 @@ TimeLeft runningCountdown(double seconds, double total) {
   return {.remainingSeconds = seconds, .totalSeconds = total};
 }
 TimeLeft pausedCountdown(double seconds, double total) {
-  return {.remainingSeconds = seconds, .totalSeconds = total, .countdown = CountdownState::Paused};
+  return {.remainingSeconds = seconds, .totalSeconds = total, .state = CountdownState::Paused};
 }
 
 class LineConsoleTest : public testing::Test {

@@ -381,7 +381,7 @@ TEST_F(ShowSessionTest, ReportsTheControlsThatTheWindowManagerKeeps) {
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, DoesNotReportKeptControlsAfterTheEndOfTheSession) {
+TEST_F(ShowSessionTest, DoesNotReportRemainingControlsAfterTheEndOfTheSession) {
   start();
   runToEnd();
   platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),

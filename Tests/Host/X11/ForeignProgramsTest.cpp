@@ -93,25 +93,25 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     });
     return actions;
   }
-  /// Returns true if the window is white except for the indicator in its middle.
+  /// Returns true if the window is white except for the spinner in its middle.
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
     const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
-    // The indicator is 32 pixels wide and high. In a window of odd size, it may begin one pixel
+    // The spinner is 32 pixels wide and high. In a window of odd size, it may begin one pixel
     // after `left` or `top`.
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
-    return bounds.width > 0 && isNoLargerThanIndicator(bounds) && bounds.x >= left &&
+    return bounds.width > 0 && isNoLargerThanSpinner(bounds) && bounds.x >= left &&
            bounds.x + bounds.width <= left + 33 && bounds.y >= top &&
            bounds.y + bounds.height <= top + 33;
   }
-  /// Returns true if the window is white except for the indicator. Immediately after a change of
-  /// size, the indicator may still be in the middle of the previous size, or may be missing.
+  /// Returns true if the window is white except for the spinner. Immediately after a change of
+  /// size, the spinner may still be in the middle of the previous size, or may be missing.
   bool isProgramHidden() {
-    return isNoLargerThanIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
+    return isNoLargerThanSpinner(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
-  /// Allows one pixel more than the width and height of the indicator.
-  static bool isNoLargerThanIndicator(PixelRect bounds) {
+  /// Allows one pixel more than the width and height of the spinner.
+  static bool isNoLargerThanSpinner(PixelRect bounds) {
     return bounds.width <= 33 && bounds.height <= 33;
   }
   /// Clicks the close button of Metacity's frame.

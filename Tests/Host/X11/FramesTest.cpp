@@ -10,7 +10,7 @@ namespace {
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr int kIndicatorSize = 32;  // width and height in pixels
+constexpr int kSpinnerSize = 32;  // width and height in pixels
 
 struct Presentation {
   const char* kind;
@@ -30,14 +30,13 @@ class X11Frames : public X11Test, public testing::WithParamInterface<Presentatio
   X11Frames() : X11Test(GetParam().manager) {}
 };
 
-// G for the game, W for white with or without an indicator, ? for anything else.
+// G for the game, W for white with or without a spinner, ? for anything else.
 char letterOf(const Picture& picture) {
   if (picture.isAll(kGreen)) {
     return 'G';
   }
   const PixelRect nonWhiteBounds = picture.boundsOfPixelsExcept(kWhite);
-  return nonWhiteBounds.width <= kIndicatorSize && nonWhiteBounds.height <= kIndicatorSize ? 'W'
-                                                                                           : '?';
+  return nonWhiteBounds.width <= kSpinnerSize && nonWhiteBounds.height <= kSpinnerSize ? 'W' : '?';
 }
 
 TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
@@ -60,9 +59,9 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   // A modal window and a sheet are new windows, and the server may draw their parts in any order.
   if (std::string_view(GetParam().kind) == "embedded") {
     // The recorder can miss a short frame, but it receives every drawing. The first drawing must
-    // already be part of the cover: the white band above the indicator.
+    // already be part of the cover: the white band above the spinner.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
-              (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
+              (PixelRect{0, 0, area.width, (area.height - kSpinnerSize) / 2}));
   }
 }
 

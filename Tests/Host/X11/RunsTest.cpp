@@ -61,27 +61,27 @@ TEST_F(X11Player, ThePlayerIsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   EXPECT_TRUE(screenshotWhileCovered.isAll(kWhite));
 }
 
-TEST_F(X11Player, TheModalWindowHasAnIndicatorInTheMiddle) {
+TEST_F(X11Player, TheModalWindowHasASpinnerInTheMiddle) {
   ShowProcess show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                             "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
-  // The modal window is 480 by 270 pixels, in the middle of the player. The indicator moves.
+  // The modal window is 480 by 270 pixels, in the middle of the player. The spinner moves.
   const auto pictureOfModalWindow = [&] {
     const PixelRect area = client.areaOnScreen(player());
     return client.screenPicture({area.x + 240, area.y + 135, 480, 270});
   };
-  const auto showsIndicator = [](const Picture& picture) {
+  const auto showsSpinner = [](const Picture& picture) {
     const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
     return picture.width == 480 && bounds.width > 0 && bounds.width <= 32 && bounds.height <= 32;
   };
   Picture first;
   EXPECT_TRUE(eventually([&] {
     first = pictureOfModalWindow();
-    return showsIndicator(first);
+    return showsSpinner(first);
   }));
   EXPECT_TRUE(eventually([&] {
     const Picture picture = pictureOfModalWindow();
-    return showsIndicator(picture) && picture != first;
+    return showsSpinner(picture) && picture != first;
   }));
   EXPECT_EQ(show.wait(), 0) << show.output();
   const Picture modalScreenshot = Picture::readPng(screenshot);
@@ -92,11 +92,11 @@ TEST_F(X11Player, TheModalWindowHasAnIndicatorInTheMiddle) {
   EXPECT_EQ(modalScreenshot.at(719, 404), kWhite);
   EXPECT_NE(modalScreenshot.at(720, 405), kWhite);
   EXPECT_EQ(modalScreenshot.at(480, 270), kWhite);
-  int indicatorPixels = 0;
+  int spinnerPixels = 0;
   for (int x = 480 - 16; x < 480 + 16; ++x) {
-    indicatorPixels += modalScreenshot.at(x, 270) == kWhite ? 0 : 1;
+    spinnerPixels += modalScreenshot.at(x, 270) == kWhite ? 0 : 1;
   }
-  EXPECT_GT(indicatorPixels, 4);
+  EXPECT_GT(spinnerPixels, 4);
 }
 
 TEST_F(X11Player, ShowRunsHeadlessIfTheX11DisplayDoesNotExist) {
@@ -121,7 +121,7 @@ struct Run {
   const char* presentation;
   // The text after "controls kept by the window manager: ". Empty if the program does not print
   // this line.
-  const char* keptControls;
+  const char* remainingControls;
 
   [[nodiscard]] bool removesControls() const {
     return std::string_view(presentation) == "embedded";
@@ -150,7 +150,7 @@ TEST_P(X11Runs, PrintEachStepInOrder) {
     expectedSteps.emplace_back("controls removed");
     if (featuresOf(GetParam().manager).publishesAllowedActions) {
       expectedSteps.push_back("controls kept by the window manager: " +
-                              std::string(GetParam().keptControls));
+                              std::string(GetParam().remainingControls));
     }
     expectedSteps.emplace_back("controls restored");
   }

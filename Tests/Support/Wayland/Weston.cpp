@@ -18,7 +18,7 @@ namespace vel::test {
 
 namespace {
 
-constexpr std::uint32_t kBackground = 0x203020;
+constexpr std::uint32_t kDesktopColor = 0x203020;
 
 constexpr std::string_view kConfiguration =
     "[core]\n"
@@ -78,7 +78,7 @@ Weston::Weston(const Options& options) {
   start(std::move(command));
   const bool hasStarted = eventually([this] {
     return sendCommand(folder() / "control", "check") &&
-           picture(PixelRect{200, 200, 600, 400}).isAll(kBackground);
+           picture(PixelRect{200, 200, 600, 400}).isAll(kDesktopColor);
   });
   if (!hasStarted) {
     throw std::runtime_error("weston does not start");

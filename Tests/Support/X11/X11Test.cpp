@@ -189,7 +189,7 @@ Scene X11Test::whiteScene(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene X11Test::whiteSceneWithIndicator(CGSize size) {
+Scene X11Test::whiteSceneWithSpinner(CGSize size) {
   Scene scene = whiteScene(size);
   scene.push_back({.kind = SceneItem::Kind::Spinner,
                    .frame = CGRectMake(size.width / 2 - 16, size.height / 2 - 16, 32, 32),

@@ -105,7 +105,7 @@ class X11Test : public testing::Test {
   /// A white scene. The size is in points.
   static Scene whiteScene(CGSize size);
   /// A white scene with a turning spinner in the middle. The size is in points.
-  static Scene whiteSceneWithIndicator(CGSize size);
+  static Scene whiteSceneWithSpinner(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
   /// A line of `reports` about the window. `event` is the start of the line, such as "focus".

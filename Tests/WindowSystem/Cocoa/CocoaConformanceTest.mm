@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Cocoa, Conformance,
                                                  .miniaturizes = true,
                                                  .reportsOrder = true,
                                                  .reportsDestruction = true,
-                                                 .reportsControlsKept = true,
+                                                 .reportsRemainingControls = true,
                                                  .reportsLostDisplay = false}),
                          nameOfBackend);
 

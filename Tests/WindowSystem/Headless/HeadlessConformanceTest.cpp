@@ -35,7 +35,7 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .miniaturizes = true,
                                                  .reportsOrder = true,
                                                  .reportsDestruction = true,
-                                                 .reportsControlsKept = false,
+                                                 .reportsRemainingControls = false,
                                                  .reportsLostDisplay = true}),
                          nameOfBackend);
 

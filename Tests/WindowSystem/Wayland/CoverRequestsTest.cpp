@@ -24,15 +24,15 @@ using testing::StartsWith;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{301, 201};
 constexpr CGSize kLargeSize{400, 260};
-// The indicator is a spinner in the middle of the cover.
-constexpr double kIndicatorSide = 32;
-constexpr double kSmallIndicatorSide = 2;  // is drawn quickly
+// The spinner is in the middle of the cover.
+constexpr double kSpinnerSide = 32;
+constexpr double kSmallSpinnerSide = 2;  // is drawn quickly
 
 Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene whiteWithIndicator(CGSize size, double side = kIndicatorSide) {
+Scene whiteWithSpinner(CGSize size, double side = kSpinnerSide) {
   Scene scene = white(size);
   scene.push_back(
       {.kind = SceneItem::Kind::Spinner,
@@ -97,7 +97,7 @@ class WaylandCoverRequests : public testing::Test {
     return std::exchange(reports.lines, {});
   }
   SurfaceRecord cover() { return compositor.children(hostSurface).at(0); }
-  SurfaceRecord indicator() { return compositor.children(cover().id).at(0); }
+  SurfaceRecord spinner() { return compositor.children(cover().id).at(0); }
 
   RecordingCompositor compositor;
   int xdgWmBase = compositor.addGlobal("xdg_wm_base");
@@ -113,7 +113,7 @@ TEST_F(WaylandCoverRequests, TheBackEndCommitsTheHostsSurfaceOnlyWhenACoverOpens
   const int commitCount = compositor.surface(hostSurface).commitCount;
   show(white(kSize), kSize);
   EXPECT_EQ(compositor.children(hostSurface).size(), 1U);
-  show(whiteWithIndicator(kLargeSize), kLargeSize);
+  show(whiteWithSpinner(kLargeSize), kLargeSize);
   show({}, kLargeSize);
   EXPECT_EQ(compositor.children(hostSurface).size(), 0U);
   EXPECT_EQ(compositor.surface(hostSurface).commitCount, commitCount + 1);
@@ -121,19 +121,19 @@ TEST_F(WaylandCoverRequests, TheBackEndCommitsTheHostsSurfaceOnlyWhenACoverOpens
 
 // Scales
 
-TEST_F(WaylandCoverRequests, TheIndicatorFollowsTheFractionalScale) {
+TEST_F(WaylandCoverRequests, TheSpinnerFollowsTheFractionalScale) {
   compositor.addGlobal("wp_viewporter");
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithIndicator(kSize), kSize);
+  show(whiteWithSpinner(kSize), kSize);
   for (const double scale : {1.25, 1.5, 2.0, 1.0, 3.0, 1.25}) {
     SCOPED_TRACE(scale);
     compositor.setScale(cover().id, scale);
     exchange();
     EXPECT_EQ(cover().size(), kSize);
-    EXPECT_EQ(indicator().bufferSize, squareOf(scale * kIndicatorSide));
-    EXPECT_EQ(indicator().bufferScale, 1);
-    EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
+    EXPECT_EQ(spinner().bufferSize, squareOf(scale * kSpinnerSide));
+    EXPECT_EQ(spinner().bufferScale, 1);
+    EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
   }
 }
 
@@ -141,35 +141,35 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
   compositor.addGlobal("wp_viewporter");
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithIndicator(kSize), kSize);
+  show(whiteWithSpinner(kSize), kSize);
   compositor.setScale(cover().id, 1.5);
   exchange();
-  show(whiteWithIndicator(kLargeSize), kLargeSize);
+  show(whiteWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
-  EXPECT_EQ(indicator().bufferSize, squareOf(1.5 * kIndicatorSide));
-  EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
+  EXPECT_EQ(spinner().bufferSize, squareOf(1.5 * kSpinnerSide));
+  EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
 }
 
 // The back end binds no output on the connection of a host, so it does not know the scale of the
 // screen. It draws for the scale 2.
-TEST_F(WaylandCoverRequests, TheScaleOfTheIndicatorIsTwoWithoutViewporter) {
+TEST_F(WaylandCoverRequests, TheScaleOfTheSpinnerIsTwoWithoutViewporter) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithIndicator(kSize), kSize);
+  show(whiteWithSpinner(kSize), kSize);
   EXPECT_EQ(cover().bufferSize, kSize);
   EXPECT_EQ(cover().bufferScale, 1);
-  EXPECT_EQ(indicator().bufferSize, squareOf(2 * kIndicatorSide));
-  EXPECT_EQ(indicator().bufferScale, 2);
+  EXPECT_EQ(spinner().bufferSize, squareOf(2 * kSpinnerSide));
+  EXPECT_EQ(spinner().bufferScale, 2);
 }
 
 TEST_F(WaylandCoverRequests, ANewViewporterIsUsedForTheNextCover) {
   start();
-  show(whiteWithIndicator(kSize), kSize);
+  show(whiteWithSpinner(kSize), kSize);
   compositor.addGlobal("wp_viewporter");
   exchange();
-  show(whiteWithIndicator(kLargeSize), kLargeSize);
+  show(whiteWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
-  EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
+  EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
   show({}, kLargeSize);
   show(white(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().destination, kLargeSize);
@@ -241,10 +241,10 @@ TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoObjectsInTheCompositor) {
   exchange();
   const std::map<std::string, int> objects = compositor.objects();
   for (int i = 0; i < 500; ++i) {  // each pass opens two covers
-    system->setScene(window, whiteWithIndicator(kSize, kSmallIndicatorSide));
+    system->setScene(window, whiteWithSpinner(kSize, kSmallSpinnerSide));
     exchange();
     system->setScene(window, {});
-    system->setScene(window, whiteWithIndicator(kSize, kSmallIndicatorSide));
+    system->setScene(window, whiteWithSpinner(kSize, kSmallSpinnerSide));
     exchange();
     system->releaseWindow(window);
     window = adopt();
@@ -265,15 +265,15 @@ TEST_F(WaylandCoverRequests, AFailedAllocationOfABufferIsLoggedAndTheNextSceneIs
   {
     const NoNewFiles noNewFiles;
     system->setFrame(window, {{}, kLargeSize});
-    system->setScene(window, whiteWithIndicator(kLargeSize));
+    system->setScene(window, whiteWithSpinner(kLargeSize));
   }
   setNSLogSink(previousSink);
   EXPECT_THAT(logLines, Contains(StartsWith("Wayland: shared memory of 1024 bytes cannot be")));
   exchange();
   EXPECT_EQ(cover().size(), kSize);
-  show(whiteWithIndicator(kLargeSize), kLargeSize);
+  show(whiteWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
-  EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
+  EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
 }
 
 TEST_F(WaylandCoverRequests, AProtocolErrorIsReportedAsALostDisplay) {

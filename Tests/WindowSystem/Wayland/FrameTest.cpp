@@ -19,7 +19,7 @@ namespace vel::test {
 namespace {
 
 constexpr const char* kLibdecor = "libdecor-0.so.0";
-constexpr std::uint32_t kBackground = 0x203020;
+constexpr std::uint32_t kDesktopColor = 0x203020;
 constexpr CGSize kSize{400, 260};
 constexpr NSWindowStyleMask kAllControls = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
                                            NSWindowStyleMaskMiniaturizable |
@@ -104,7 +104,7 @@ class WaylandFrame : public testing::Test {
     return waitFor([&] { return whiteArea() == area && weston.picture(area).isAll(kWhite); });
   }
   [[nodiscard]] bool hasTitleBar(PixelRect content) const {
-    return !weston.picture(titleBarOf(content)).colors().contains(kBackground);
+    return !weston.picture(titleBarOf(content)).colors().contains(kDesktopColor);
   }
 
   void click(Point point) { weston.click(point.x, point.y); }
@@ -282,12 +282,13 @@ TEST_F(WaylandFrame, AWindowNarrowerThanTheButtonsHasAFrame) {
 
 TEST_F(WaylandFrame, ABorderlessWindowHasNoFrameUntilItGetsATitleBar) {
   ASSERT_NO_FATAL_FAILURE(open(NSWindowStyleMaskBorderless));
-  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
+  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kDesktopColor));
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([this] { return hasTitleBar(kContent); }));
   EXPECT_TRUE(waitForContent(kContent));
   system->setStyleMask(window, NSWindowStyleMaskBorderless);
-  EXPECT_TRUE(waitFor([this] { return weston.picture(titleBarOf(kContent)).isAll(kBackground); }));
+  EXPECT_TRUE(
+      waitFor([this] { return weston.picture(titleBarOf(kContent)).isAll(kDesktopColor); }));
   EXPECT_TRUE(waitForContent(kContent));
 }
 
@@ -299,7 +300,7 @@ TEST_F(WaylandFrame, AWindowHiddenWhileThePointerIsOverItCanBeShownAgain) {
   weston.releaseButton();
   ASSERT_TRUE(waitFor([this] { return reports.contains("close requested " + nameOf(window)); }));
   system->orderOut(window);
-  ASSERT_TRUE(waitFor([this] { return weston.picture(kMiddle).isAll(kBackground); }));
+  ASSERT_TRUE(waitFor([this] { return weston.picture(kMiddle).isAll(kDesktopColor); }));
   weston.movePointer(closeButton.x + 1, closeButton.y);
   weston.pressButton();
   weston.releaseButton();
@@ -358,7 +359,7 @@ TEST_F(WaylandFrame, AWindowHasNoFrameWithoutLibdecor) {
   const WindowHandle second = makeWindow(kAllControls);
   EXPECT_TRUE(waitFor([&] { return reports.contains("focus " + nameOf(second)); }));
   setNSLogSink(previousSink);
-  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
+  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kDesktopColor));
   EXPECT_THAT(logLines,
               testing::ElementsAre(testing::StartsWith("Wayland: windows have no frame: ")));
   // The back end has opened two windows but tried to load libdecor only once.
@@ -369,7 +370,7 @@ TEST_F(WaylandFrame, AWindowHasNoFrameWithoutAPluginOfLibdecor) {
   setenv("LIBDECOR_PLUGIN_DIR", "/nonexistent", 1);
   ASSERT_NO_FATAL_FAILURE(open());
   unsetenv("LIBDECOR_PLUGIN_DIR");
-  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
+  EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kDesktopColor));
   weston.closeWindow("Tested");
   EXPECT_TRUE(waitFor([this] { return reports.contains("close requested " + nameOf(window)); }));
 }

@@ -84,7 +84,7 @@ Backend backendNamed(const char* name) {
           .miniaturizes = false,
           .reportsOrder = false,
           .reportsDestruction = false,
-          .reportsControlsKept = true,
+          .reportsRemainingControls = true,
           .reportsLostDisplay = true};
 }
 

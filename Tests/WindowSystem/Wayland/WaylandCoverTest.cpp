@@ -26,7 +26,7 @@ Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene whiteWithIndicator(CGSize size) {
+Scene whiteWithSpinner(CGSize size) {
   Scene scene = white(size);
   scene.push_back({.kind = SceneItem::Kind::Spinner,
                    .frame = CGRectMake(size.width / 2 - 16, size.height / 2 - 16, 32, 32),
@@ -54,10 +54,10 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     host = nullptr;
   }
 
-  /// Adopts the window of the host. Passes the xdg_toplevel if `hasToplevel` is true.
-  AdoptedWindow adopt(bool hasToplevel = true) {
+  /// Adopts the window of the host. Passes the xdg_toplevel if `passesToplevel` is true.
+  AdoptedWindow adopt(bool passesToplevel = true) {
     WaylandSurface window = host->window();
-    if (!hasToplevel) {
+    if (!passesToplevel) {
       window.toplevel = nullptr;
     }
     std::string error;
@@ -125,10 +125,10 @@ TEST_P(WaylandCover, TheCoverHidesExactlyTheHostEvenIfTheHostDoesNotCommit) {
   EXPECT_TRUE(waitFor([this] { return picture().isAll(kGreen); }));
 }
 
-TEST_P(WaylandCover, TheIndicatorTurnsInTheMiddle) {
+TEST_P(WaylandCover, TheSpinnerTurnsInTheMiddle) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
-  system->setScene(window.handle, whiteWithIndicator(kSize));
+  system->setScene(window.handle, whiteWithSpinner(kSize));
   Picture first;
   ASSERT_TRUE(waitFor([&] {
     first = picture();
@@ -161,9 +161,9 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   const AdoptedWindow window = adopt();
   compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() == 1; }));
-  system->setScene(window.handle, whiteWithIndicator(kSize));
+  system->setScene(window.handle, whiteWithSpinner(kSize));
   ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
-  compositor->click(512, 384);  // on the indicator
+  compositor->click(512, 384);  // on the spinner
   compositor->click(400, 300);
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 2; }));
   system->setScene(window.handle, {});
@@ -209,7 +209,7 @@ TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheReportOfALostFocu
 TEST_P(WaylandCover, TheHostReceivesNoEventsForOutputsThatItHasNotBound) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
-  system->setScene(window.handle, whiteWithIndicator(kSize));
+  system->setScene(window.handle, whiteWithSpinner(kSize));
   ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
   compositor->resizeWindow("game", 700, 450);
   ASSERT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
@@ -311,7 +311,7 @@ TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjectsAndNoDescriptors) {
   };
   const auto cover = [this] {
     const AdoptedWindow window = adopt();
-    system->setScene(window.handle, whiteWithIndicator(kSize));
+    system->setScene(window.handle, whiteWithSpinner(kSize));
     deliverAll(*system);
     system->releaseWindow(window.handle);
     deliverAll(*system);
@@ -330,7 +330,7 @@ TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjectsAndNoDescriptors) {
 TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
-  system->setScene(window.handle, whiteWithIndicator(kSize));
+  system->setScene(window.handle, whiteWithSpinner(kSize));
   ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
   compositor->kill();
   EXPECT_TRUE(waitFor([this] { return reports.contains("display lost"); }));

@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{300, 200};
 constexpr CGSize kLargeSize{400, 260};
-constexpr int kIndicatorSide = 32;
+constexpr int kSpinnerSide = 32;
 constexpr PixelRect kFirstOutput{0, 0, 1024, 768};
 constexpr PixelRect kSecondOutput{1024, 0, 1024, 768};
 /// The part of the screen without the pointer.
@@ -30,12 +30,12 @@ Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene whiteWithIndicator(CGSize size) {
+Scene whiteWithSpinner(CGSize size) {
   Scene scene = white(size);
   scene.push_back(
       {.kind = SceneItem::Kind::Spinner,
-       .frame = CGRectMake((size.width - kIndicatorSide) / 2, (size.height - kIndicatorSide) / 2,
-                           kIndicatorSide, kIndicatorSide),
+       .frame = CGRectMake((size.width - kSpinnerSide) / 2, (size.height - kSpinnerSide) / 2,
+                           kSpinnerSide, kSpinnerSide),
        .color = {},
        .isAnimated = true});
   return scene;
@@ -109,10 +109,10 @@ class CoveredHost {
 /// A compositor with two outputs. The parameter is true if the clients can use viewporter.
 class WaylandOutputs : public testing::TestWithParam<bool> {
  protected:
-  /// Waits for a white window with an indicator that is sharp at this scale.
+  /// Waits for a white window with a spinner that is sharp at this scale.
   void expectWindow(WindowSystem& system, PixelRect output, int scale, const std::string& name) {
     Picture picture;
-    Picture indicator;
+    Picture spinner;
     EXPECT_TRUE(deliverUntil(system, [&] {
       const Picture screen = sway.picture(output);
       const PixelRect area = boundsOf(screen, kWhite);
@@ -121,14 +121,14 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
       }
       picture = partOf(screen, area);
       const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
-      if (bounds.width <= scale * 24 || bounds.width > scale * kIndicatorSide ||
-          bounds.height <= scale * 24 || bounds.height > scale * kIndicatorSide) {
+      if (bounds.width <= scale * 24 || bounds.width > scale * kSpinnerSide ||
+          bounds.height <= scale * 24 || bounds.height > scale * kSpinnerSide) {
         return false;
       }
-      indicator = partOf(picture, {(picture.width - scale * kIndicatorSide) / 2,
-                                   (picture.height - scale * kIndicatorSide) / 2,
-                                   scale * kIndicatorSide, scale * kIndicatorSide});
-      return scale == 1 || !isEnlargedByTwo(indicator);
+      spinner = partOf(picture, {(picture.width - scale * kSpinnerSide) / 2,
+                                 (picture.height - scale * kSpinnerSide) / 2, scale * kSpinnerSide,
+                                 scale * kSpinnerSide});
+      return scale == 1 || !isEnlargedByTwo(spinner);
     }));
     picture.save("wayland-" + name + "-scale-" + std::to_string(scale) +
                  (GetParam() ? "" : "-without-viewporter"));
@@ -142,20 +142,20 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
   Sway sway{{.outputCount = 2}};
 };
 
-TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
+TEST_P(WaylandOutputs, TheSpinnerOfACoverIsSharpUpToAScaleOfTwo) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
   // The host has one registry, and the back end has another.
   EXPECT_EQ(HiddenGlobal::registryCount(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
-  covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
+  covered.system->setScene(covered.handle, whiteWithSpinner(kSize));
   expectWindow(*covered.system, kFirstOutput, 1, "cover");
   sway.run("[title=game] move container to output X11-2");
   expectWindow(*covered.system, kSecondOutput, 2, "cover");
 }
 
-TEST_P(WaylandOutputs, TheIndicatorOfAWindowOfTheLibraryFollowsTheScaleOfTheOutput) {
+TEST_P(WaylandOutputs, TheSpinnerOfAWindowOfTheLibraryFollowsTheScaleOfTheOutput) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   std::string error;
@@ -163,7 +163,7 @@ TEST_P(WaylandOutputs, TheIndicatorOfAWindowOfTheLibraryFollowsTheScaleOfTheOutp
   ASSERT_NE(system, nullptr) << error;
   const WindowHandle window =
       system->createWindow({.className = "Window", .title = "window", .frame = {{}, kSize}});
-  system->setScene(window, whiteWithIndicator(kSize));
+  system->setScene(window, whiteWithSpinner(kSize));
   system->orderFront(window);
   ASSERT_TRUE(deliverUntil(*system, [&] { return sway.picture().colors().contains(kWhite); }));
   sway.run("[title=window] move container to output X11-1");

@@ -19,12 +19,12 @@ using testing::Key;
 using testing::Not;
 
 constexpr CGSize kSize{300, 200};
-constexpr double kIndicatorSide = 32;
+constexpr double kSpinnerSide = 32;
 
-Scene whiteWithIndicator(CGSize size) {
+Scene whiteWithSpinner(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}},
           {.kind = SceneItem::Kind::Spinner,
-           .frame = CGRectMake(0, 0, kIndicatorSide, kIndicatorSide),
+           .frame = CGRectMake(0, 0, kSpinnerSide, kSpinnerSide),
            .color = {},
            .isAnimated = true}};
 }
@@ -52,7 +52,7 @@ class WaylandWindowRequests : public testing::Test {
   WindowHandle openWindow(WindowKind kind = WindowKind::Plain,
                           WindowHandle owner = WindowHandle::None) {
     const WindowHandle window = createWindow(kind, owner);
-    system->setScene(window, whiteWithIndicator(kSize));
+    system->setScene(window, whiteWithSpinner(kSize));
     system->orderFront(window);
     exchange();
     return window;
@@ -78,7 +78,7 @@ class WaylandWindowRequests : public testing::Test {
   /// The surfaces of the open windows: those without a parent.
   std::vector<SurfaceRecord> windows() { return compositor.children(0); }
   SurfaceRecord firstWindow() { return windows().at(0); }
-  SurfaceRecord indicator() { return compositor.children(firstWindow().id).at(0); }
+  SurfaceRecord spinner() { return compositor.children(firstWindow().id).at(0); }
   /// The surface of the window that has opened last.
   SurfaceRecord lastWindow() { return windows().back(); }
 
@@ -156,13 +156,13 @@ class WaylandWindowScale : public WaylandWindowRequests, public testing::WithPar
   void expectScale(int scale) {
     exchange();
     EXPECT_EQ(firstWindow().size(), kSize);
-    EXPECT_EQ(indicator().bufferSize, (CGSize{scale * kIndicatorSide, scale * kIndicatorSide}));
-    EXPECT_EQ(indicator().bufferScale, GetParam() ? 1 : scale);
-    EXPECT_EQ(indicator().size(), (CGSize{kIndicatorSide, kIndicatorSide}));
+    EXPECT_EQ(spinner().bufferSize, (CGSize{scale * kSpinnerSide, scale * kSpinnerSide}));
+    EXPECT_EQ(spinner().bufferScale, GetParam() ? 1 : scale);
+    EXPECT_EQ(spinner().size(), (CGSize{kSpinnerSide, kSpinnerSide}));
   }
 };
 
-TEST_P(WaylandWindowScale, TheIndicatorHasTheMaximumScaleOfTheOutputsThatShowTheWindow) {
+TEST_P(WaylandWindowScale, TheSpinnerHasTheMaximumScaleOfTheOutputsThatShowTheWindow) {
   const int first = compositor.addOutput(3);
   const int second = compositor.addOutput(1);
   start();

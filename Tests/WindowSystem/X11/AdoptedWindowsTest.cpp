@@ -144,7 +144,7 @@ TEST_P(X11AdoptedGame, UnmappingIsReportedAsMiniaturizingAndMappingAsDeminiaturi
 }
 
 TEST_P(X11AdoptedGame, ADestroyedWindowIsReported) {
-  system().setScene(adopted.handle, whiteSceneWithIndicator(adopted.frame.size));
+  system().setScene(adopted.handle, whiteSceneWithSpinner(adopted.frame.size));
   client.destroy(game);
   // The back end does not know yet that the window is destroyed. These requests must log no errors.
   system().setScene(adopted.handle, {});

@@ -113,7 +113,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
 
 TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsMapRequests) {
   client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
-  system().setScene(handle, whiteSceneWithIndicator({640, 400}));
+  system().setScene(handle, whiteSceneWithSpinner({640, 400}));
   deliver();
   EXPECT_TRUE(waitFor([this] { return client.screenPicture(game).at(5, 5) == kWhite; }));
   ASSERT_FALSE(client.children(game).empty());
@@ -140,7 +140,7 @@ TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   client.selectEvents(tree->parent, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   client.takeEventTypes();
-  system().setScene(handle, whiteSceneWithIndicator({640, 400}));
+  system().setScene(handle, whiteSceneWithSpinner({640, 400}));
   deliver();
   std::vector<xcb_window_t> parentsOfMappedWindows;
   while (const x11::Event event{xcb_poll_for_event(client.connection())}) {

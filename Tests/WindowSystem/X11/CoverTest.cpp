@@ -68,7 +68,7 @@ TEST_F(X11Cover, IsNotOnTheScreenInADestroyedWindow) {
 }
 
 TEST_F(X11Cover, IsOnTheScreenWhenSetSceneReturns) {
-  system().setScene(handle, whiteSceneWithIndicator(kSize));
+  system().setScene(handle, whiteSceneWithSpinner(kSize));
   EXPECT_TRUE(system().isSceneOnScreen(handle));
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
@@ -175,7 +175,7 @@ TEST_F(X11Cover, ChangesWithTheScene) {
 TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
   const xcb_window_t transparentWindow = client.openTransparentWindow({300, 300, 200, 100});
   const AdoptedWindow adoptedWindow = adopt(transparentWindow);
-  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
+  system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(adoptedWindow.frame.size));
   deliver();
   EXPECT_EQ(client.windowPicture(transparentWindow).at(5, 5), 0xFFFFFFFFU);
   EXPECT_THAT(log, IsEmpty());
@@ -196,7 +196,7 @@ TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrame) {
         nullptr));
     return geometry == nullptr ? 0 : geometry->depth;
   };
-  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
+  system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(adoptedWindow.frame.size));
   deliver();
   ASSERT_EQ(client.children(frame).size(), 2U);
   EXPECT_EQ(depthOfTopChild(), 32);
@@ -212,7 +212,7 @@ TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   deliver();
   const auto resourcesBefore = client.clientResourceCounts(idOf(ownWindow));
   for (int i = 0; i < 20; ++i) {
-    system().setScene(handle, whiteSceneWithIndicator(kSize));
+    system().setScene(handle, whiteSceneWithSpinner(kSize));
     system().setModalWindow(ownWindow);
     system().setStyleMask(handle, 1);
     deliver();
@@ -260,15 +260,15 @@ class X11CoverAndInput : public X11Test, public testing::WithParamInterface<Mana
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11CoverAndInput, TheIndicatorIsInTheMiddleAfterAResize) {
-  system().setScene(handle, whiteSceneWithIndicator(kSize));
+TEST_P(X11CoverAndInput, TheSpinnerIsInTheMiddleAfterAResize) {
+  system().setScene(handle, whiteSceneWithSpinner(kSize));
   deliver();
   client.configure(game, {10, 10, 900, 700});
   EXPECT_TRUE(waitFor([this] {
     const Picture picture = client.screenPicture(game);
-    const PixelRect indicator = picture.boundsOfPixelsExcept(kWhite);
-    return picture.width == 900 && indicator.x + indicator.width / 2 == 450 &&
-           indicator.y + indicator.height / 2 == 350;
+    const PixelRect spinner = picture.boundsOfPixelsExcept(kWhite);
+    return picture.width == 900 && spinner.x + spinner.width / 2 == 450 &&
+           spinner.y + spinner.height / 2 == 350;
   }));
 }
 

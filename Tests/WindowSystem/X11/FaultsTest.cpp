@@ -20,7 +20,7 @@ class X11Faults : public X11Test {
     game = client.openGameWindow(kGameFrame, kGreen);
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
-    system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
+    system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(adoptedWindow.frame.size));
     system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
     deliver();
     return adoptedWindow.handle;
@@ -36,7 +36,7 @@ class X11Faults : public X11Test {
     system().setStyleMask(window, 1);
     system().setStyleMask(window, 15);
     system().setMovableByBackground(window, true);
-    system().setScene(window, whiteSceneWithIndicator({100, 100}));
+    system().setScene(window, whiteSceneWithSpinner({100, 100}));
     system().setModalWindow(window);
     system().setScene(window, {});
     system().setModalWindow(WindowHandle::None);
@@ -94,7 +94,8 @@ TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
     void miniaturizedChanged(WindowHandle /*window*/, bool /*miniaturized*/) override {}
     void styleMaskChanged(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {}
     void orderChanged(const std::vector<WindowHandle>& /*windows*/) override {}
-    void controlsKept(WindowHandle /*window*/, NSWindowStyleMask /*controls*/) override {}
+    void remainingControlsDetected(WindowHandle /*window*/,
+                                   NSWindowStyleMask /*controls*/) override {}
     void displayLost(std::string_view /*reason*/) override {}
 
    private:

@@ -84,13 +84,13 @@ TEST_P(X11Managers, ACoverRemainsWhenAnotherManagerStartsAndCanThenBeRemoved) {
   const bool startsWithMetacity = GetParam() == Manager::Metacity;
   // Some window managers keep controls that the style mask excludes. Metacity keeps resizing (8).
   // Openbox keeps closing (2) and miniaturising (4).
-  const auto keptControlsSuffix = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
+  const auto remainingControlsSuffix = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());
   openCoveredGame();
   const auto hintsWhileCovered = hints();
   ASSERT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) +
-                            keptControlsSuffix(startsWithMetacity));
+                            remainingControlsSuffix(startsWithMetacity));
   }));
   reports.lines.clear();
   const xcb_window_t checkWindowBefore = checkWindow();
@@ -100,7 +100,7 @@ TEST_P(X11Managers, ACoverRemainsWhenAnotherManagerStartsAndCanThenBeRemoved) {
   // manager.
   EXPECT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) +
-                            keptControlsSuffix(!startsWithMetacity));
+                            remainingControlsSuffix(!startsWithMetacity));
   }));
   EXPECT_NE(checkWindow(), checkWindowBefore);
   EXPECT_EQ(hints(), hintsWhileCovered);
@@ -136,7 +136,7 @@ class X11PlainManager : public X11Managers {
   }
 };
 
-TEST_F(X11PlainManager, KeptControlsAreNotReportedIfTheManagerPublishesNoAllowedActions) {
+TEST_F(X11PlainManager, RemainingControlsAreNotReportedIfTheManagerPublishesNoAllowedActions) {
   openCoveredGame();
   // The back end waits before it reads the allowed actions.
   EXPECT_LT(system().nextDeadline(), kNever);

@@ -45,7 +45,7 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr CGSize kSize{640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
-constexpr const char* kNoIndicators =
+constexpr const char* kNoSpinners =
     "X11: the display cannot draw indicators: it has no Render extension";
 
 class X11MissingExtension : public X11Test {
@@ -69,18 +69,18 @@ class X11MissingExtension : public X11Test {
   xcb_window_t game = client.openGameWindow(kGame, kGreen);
 };
 
-// The indicator
+// The spinner
 
 class X11NoRender : public X11MissingExtension {
  protected:
   X11NoRender() : X11MissingExtension(std::vector<std::string>{"-extension", "RENDER"}) {}
 };
 
-TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
+TEST_F(X11NoRender, TheCoverHasNoSpinnerAndTheReasonIsLoggedOnce) {
   ASSERT_FALSE(isPresent(xcb_render_id));
   const WindowHandle handle = adopt(game).handle;
   for (int i = 0; i < 2; ++i) {
-    system().setScene(handle, whiteSceneWithIndicator(kSize));
+    system().setScene(handle, whiteSceneWithSpinner(kSize));
     deliver();
     EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
     EXPECT_EQ(system().nextDeadline(), kNever);  // there is no animation
@@ -88,7 +88,7 @@ TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
     deliver();
     EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   }
-  EXPECT_THAT(log, ElementsAre(kNoIndicators));
+  EXPECT_THAT(log, ElementsAre(kNoSpinners));
 }
 
 // A cover has two parts: child windows of the game, and an overlay, which is a window above the
@@ -171,7 +171,7 @@ TEST_F(X11NoExtensions, TheCoverIsWhiteAndTakesThePointerInput) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   const AdoptedWindow adoptedWindow = adopt(game);
   EXPECT_EQ(adoptedWindow.frame, CGRectMake(200, 410, 640, 400));
-  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(kSize));
+  system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(kSize));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
@@ -182,7 +182,7 @@ TEST_F(X11NoExtensions, TheCoverIsWhiteAndTakesThePointerInput) {
   system().releaseWindow(adoptedWindow.handle);
   deliver();
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
-  EXPECT_THAT(log, ElementsAre(kNoIndicators));
+  EXPECT_THAT(log, ElementsAre(kNoSpinners));
 }
 
 }  // namespace

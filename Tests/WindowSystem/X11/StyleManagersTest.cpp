@@ -36,7 +36,7 @@ struct ManagerCase {
   std::vector<std::string> controlsWhileCovered = {};
   /// The removed controls that the window manager still offers according to the back end's report.
   /// The report can differ from `controlsWhileCovered`.
-  NSWindowStyleMask keptControls = 0;
+  NSWindowStyleMask remainingControls = 0;
   /// The height that the window loses when it leaves the fullscreen state: fluxbox adds a resize
   /// handle to the frame, but does not enlarge the frame.
   int lostHeight = 0;
@@ -195,7 +195,7 @@ TEST_P(X11ControlsUnderManagers, AreRemovedAndRestored) {
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
   cover();
   EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " " +
-                               std::to_string(GetParam().keptControls)));
+                               std::to_string(GetParam().remainingControls)));
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
   uncover();
   EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), hintsBefore);
@@ -239,11 +239,12 @@ TEST_P(X11GamesUnderManagers, MaximiseTheirCoveredWindow) {
   EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
   EXPECT_TRUE(becomesWhite());
   // The back end does not remove the resize control of a maximised window.
-  const NSWindowStyleMask keptControls = GetParam().keptControls | NSWindowStyleMaskResizable;
+  const NSWindowStyleMask remainingControls =
+      GetParam().remainingControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
     return !features.publishesAllowedActions ||
            reports.contains(reportLine("controls kept", handle) + " " +
-                            std::to_string(keptControls));
+                            std::to_string(remainingControls));
   }));
   uncover();
   EXPECT_TRUE(isMaximized());
@@ -275,27 +276,27 @@ const std::vector<ManagerCase>& managerCases() {
       {.manager = Manager::Metacity,
        .buttons = {{{-86, -19}, {-52, -19}, {-18, -19}}},
        .controlsWhileCovered = {"resize"},
-       .keptControls = 8},
+       .remainingControls = 8},
       {.manager = Manager::Openbox,
        .buttons = {{{-42, -10}, {-26, -10}, {-10, -10}}},
        .controlsWhileCovered = {"close", "miniaturise"},
-       .keptControls = 6},
+       .remainingControls = 6},
       {.manager = Manager::Xfwm4,
        .buttons = {{{-57, -14}, {-34, -14}, {-11, -14}}},
        .controlsWhileCovered = {},
-       .keptControls = 2},
+       .remainingControls = 2},
       {.manager = Manager::IceWM,
        .buttons = {{{-58, -9}, {-38, -9}, {-12, -9}}},
        .controlsWhileCovered = {},
-       .keptControls = 0},
+       .remainingControls = 0},
       {.manager = Manager::Marco,
        .buttons = {{{-49, -12}, {-30, -12}, {-11, -12}}},
        .controlsWhileCovered = {"resize"},
-       .keptControls = 8},
+       .remainingControls = 8},
       {.manager = Manager::Fluxbox,
        .buttons = {{{-45, -10}, {-27, -10}, {-10, -10}}},
        .controlsWhileCovered = {"close", "maximise", "miniaturise"},
-       .keptControls = 6,
+       .remainingControls = 6,
        .lostHeight = 3}};
   return cases;
 }

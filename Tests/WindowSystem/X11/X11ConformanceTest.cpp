@@ -70,7 +70,7 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
           .miniaturizes = hasManager,
           .reportsOrder = true,
           .reportsDestruction = true,
-          .reportsControlsKept = true,
+          .reportsRemainingControls = true,
           .reportsLostDisplay = true};
 }
 

@@ -1,4 +1,4 @@
-// The indicator, a ring of twelve spokes in the middle of a cover, and the scale at which the back
+// The spinner, a ring of twelve spokes in the middle of a cover, and the scale at which the back
 // end draws it.
 #include <gmock/gmock.h>
 
@@ -38,7 +38,7 @@ struct Observation {
   int darkestSpoke = 0;
 };
 
-/// Returns true if the indicator may have turned clockwise by one spoke per `kStepDuration` between
+/// Returns true if the spinner may have turned clockwise by one spoke per `kStepDuration` between
 /// the observations. Allows more than one result if the time between the observations is uncertain.
 bool isOneSpokePerStep(const Observation& first, const Observation& second) {
   const Nanoseconds minSteps = (second.earliest - first.latest) / kStepDuration;
@@ -51,7 +51,7 @@ bool isOneSpokePerStep(const Observation& first, const Observation& second) {
   return false;
 }
 
-class X11Indicator : public X11Test {
+class X11Spinner : public X11Test {
  protected:
   void setDpi(std::string_view dpi) {
     client.setProperty(
@@ -65,13 +65,13 @@ class X11Indicator : public X11Test {
     game = client.openGameWindow(kGameFrame, 0x208040);
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
-    scene = whiteSceneWithIndicator(adoptedWindow.frame.size);
+    scene = whiteSceneWithSpinner(adoptedWindow.frame.size);
     scene.back().isAnimated = isAnimated;
     system().setScene(handle, scene);
     deliver();
     return client.screenPicture(game);
   }
-  /// Delivers all events, which also draws the indicator for the current time.
+  /// Delivers all events, which also draws the spinner for the current time.
   Observation observe() {
     Observation observation{.earliest = x11::steadyNow()};
     deliver();
@@ -99,7 +99,7 @@ class X11Indicator : public X11Test {
   Scene scene;
 };
 
-TEST_F(X11Indicator, IsACentredRingThirtyTwoPointsWide) {
+TEST_F(X11Spinner, IsACentredRingThirtyTwoPointsWide) {
   const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{304, 184, 32, 32}));
   // The centre of the ring and the corners of its bounds are white.
@@ -116,38 +116,38 @@ TEST_F(X11Indicator, IsACentredRingThirtyTwoPointsWide) {
 
 // When a window loses its decorations, some window managers shrink the window's parent (the frame)
 // to the size of the window.
-TEST_F(X11Indicator, StaysCentredWhenTheParentShrinksToTheSizeOfTheWindow) {
+TEST_F(X11Spinner, StaysCentredWhenTheParentShrinksToTheSizeOfTheWindow) {
   const xcb_window_t parent = client.openGameWindow({100, 100, 700, 500}, 0);
   game = client.makeWindow({10, 20, 640, 400}, 0x208040, parent);
   client.map(game);
   client.waitForServer();
-  scene = whiteSceneWithIndicator({640, 400});
+  scene = whiteSceneWithSpinner({640, 400});
   scene.back().isAnimated = false;
   system().setScene(adopt(game).handle, scene);
   deliver();
-  constexpr PixelRect kIndicatorFrame{304, 184, 32, 32};
-  ASSERT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kIndicatorFrame);
+  constexpr PixelRect kSpinnerFrame{304, 184, 32, 32};
+  ASSERT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kSpinnerFrame);
   client.configure(parent, {100, 100, 640, 400});
   client.configure(game, {0, 0, 640, 400});
   deliver();
-  EXPECT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kIndicatorFrame);
+  EXPECT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kSpinnerFrame);
 }
 
-TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
+TEST_F(X11Spinner, HasTwelveSpokesOfDifferentShades) {
   const auto shadesOfSpokes = shadesIn(showStill());
   const std::set<std::uint32_t> shades(shadesOfSpokes.begin(), shadesOfSpokes.end());
   EXPECT_EQ(shades.size(), 12U);
   EXPECT_FALSE(shades.contains(kWhite));
 }
 
-TEST_F(X11Indicator, IsScaledWithXftDpi) {
+TEST_F(X11Spinner, IsScaledWithXftDpi) {
   setDpi("192");
   const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{288, 168, 64, 64}));
   picture.save("indicator-at-192-dpi");
 }
 
-TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
+TEST_F(X11Spinner, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
   showAnimated();
   EXPECT_LE(system().nextDeadline(), x11::steadyNow() + kStepDuration);
   // The first observation is just after a step, so a step that is too long is noticed early.
@@ -167,13 +167,13 @@ TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
       << latest.earliest - first.latest << " to " << latest.latest - first.earliest << " ns";
 }
 
-TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
+TEST_F(X11Spinner, DoesNotTurnWhileNotAnimated) {
   showStill();
   EXPECT_EQ(countChangesIn(0.3), 0);
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
+TEST_F(X11Spinner, HasNoDeadlineWhileItsWindowIsUnmapped) {
   showAnimated();
   EXPECT_NE(system().nextDeadline(), kNever);
   client.unmap(game);
@@ -184,14 +184,14 @@ TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
   EXPECT_NE(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, HasNoDeadlineAfterItsSceneIsRemoved) {
+TEST_F(X11Spinner, HasNoDeadlineAfterItsSceneIsRemoved) {
   showAnimated();
   system().setScene(handle, {});
   deliver();
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, IsRedrawnAfterAnotherWindowHidIt) {
+TEST_F(X11Spinner, IsRedrawnAfterAnotherWindowHidIt) {
   const Picture picture = showStill();
   const xcb_window_t otherWindow = client.makeWindow({400, 250, 200, 200}, 0xFF);
   client.map(otherWindow);
