@@ -18,7 +18,7 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xfwm4 icewm marco mate-settings-daemon-common fluxbox xdotool x11-apps
   x11-xserver-utils xterm mesa-utils xmahjongg python3-xlib
-  # the free AppKit for the AppKit back end; the other builds work without it
+  # the free AppKit of GNUstep for the AppKit back end; the other builds work without it
   libgnustep-gui-dev gnustep-back0.29 gnustep-back0.29-cairo gobjc++
   # the compositors of the tests on Wayland; setpriv of util-linux starts sway
   sway util-linux weston libweston-10-dev xwayland libgtk-3-dev libgl1-mesa-dri)

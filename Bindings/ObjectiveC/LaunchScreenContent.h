@@ -12,9 +12,9 @@ struct VelContentReference;
 /// `presentForWindow:withPresentationMode:` only writes the reason to the log. The library retains
 /// the window until the window closes.
 ///
-/// A sheet needs a window with a content view controller. The NSWindow of the free AppKit does not
-/// have the operation `contentViewController`. On the free AppKit, the class of the window must
-/// add this operation.
+/// A sheet needs a window with a content view controller. The NSWindow of the free AppKit of
+/// GNUstep does not have the operation `contentViewController`. On the free AppKit, the class of
+/// the window must add this operation.
 @interface LaunchScreenContent : NSObject <ContentData, ContentView, CVPresentationFullScreen> {
  @private
   struct VelContentReference* reference_;

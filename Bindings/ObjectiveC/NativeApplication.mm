@@ -16,7 +16,7 @@
 + (void)logEvent:(NSString*)name;
 @end
 
-// The NSWindow of the free AppKit does not have this operation.
+// The NSWindow of the free AppKit of GNUstep does not have this operation.
 @protocol VelContentControllerOwner
 - (NSViewController*)contentViewController;
 @end

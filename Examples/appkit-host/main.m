@@ -17,7 +17,7 @@ static void printLine(NSString* line) {
   fflush(stdout);
 }
 
-// The free AppKit does not declare this operation.
+// The free AppKit of GNUstep does not declare this operation.
 @protocol ActivationPolicySetter
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end

@@ -25,9 +25,9 @@ namespace vel {
 /// native events in `deliverEvents`. This class calls its delegate only from `deliverEvents`.
 ///
 /// AppKit offers no pictures of the screen, and does not report a lost display. So `picture`
-/// returns no value, and the back end never reports `displayLost`. On the free AppKit, the window
-/// manager draws the close and miniaturise controls. The back end cannot remove them there, and
-/// reports them as remaining controls.
+/// returns no value, and the back end never reports `displayLost`. On the free AppKit of GNUstep,
+/// the window manager draws the close and miniaturise controls. The back end cannot remove them
+/// there, and reports them as remaining controls.
 class CocoaWindowSystem final : public WindowSystem {
  public:
   /// Connects to AppKit. On failure, sets `error` to the reason and returns null.

@@ -46,7 +46,7 @@
 }
 @end
 
-// The free AppKit does not declare this operation.
+// The free AppKit of GNUstep does not declare this operation.
 @protocol VelActivationPolicySetter
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end

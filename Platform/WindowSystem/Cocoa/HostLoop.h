@@ -13,8 +13,8 @@ namespace vel::cocoa {
 /// of the library's run loop becomes readable at the next deadline, after a wake-up from any
 /// thread, and after a report of the back end. The native loop watches the descriptor in its
 /// default and modal panel modes. It does not watch in the event tracking mode, because the
-/// countdown must not run there. It watches each mode by its name, because the free AppKit does not
-/// support the common modes here. Used on the main thread.
+/// countdown must not run there. It watches each mode by its name, because the free AppKit of
+/// GNUstep does not support the common modes here. Used on the main thread.
 class HostLoop final : public NonCopyable {
  public:
   /// `runPass` may destroy this object.

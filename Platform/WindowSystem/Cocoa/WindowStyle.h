@@ -10,8 +10,8 @@
 namespace vel::cocoa {
 
 /// The style mask of a native window. If AppKit cannot change the mask, this class hides the title
-/// bar's buttons and fixes the size of the window instead. The free AppKit applies the fixed size
-/// to the owner's calls too. The window must outlive this object.
+/// bar's buttons and fixes the size of the window instead. The free AppKit of GNUstep applies the
+/// fixed size to the owner's calls too. The window must outlive this object.
 class WindowStyle final : public NonCopyable {
  public:
   /// Reads the owner's style mask.

@@ -1,6 +1,6 @@
 #include "Platform/WindowSystem/Cocoa/WindowStyle.h"
 
-// The free AppKit does not declare this operation.
+// The free AppKit of GNUstep does not declare this operation.
 @protocol VelStyleMaskSetter
 - (void)setStyleMask:(NSUInteger)styleMask;
 @end
