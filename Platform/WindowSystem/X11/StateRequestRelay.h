@@ -9,10 +9,11 @@
 
 namespace vel::x11 {
 
-/// Lets the owner of an adopted window maximise the window or make it fullscreen while we override
-/// the window's hints. Our value of _MOTIF_WM_HINTS may remove two functions: resizing and
-/// maximising. Without these functions, most window managers refuse to maximise the window, and
-/// some give the window a wrong size when its fullscreen state ends.
+/// The owner of an adopted window is the program that created the window. This class lets the owner
+/// maximise the window or make it fullscreen while we override the window's hints. Our value of
+/// _MOTIF_WM_HINTS may remove two functions: resizing and maximising. Without these functions, most
+/// window managers refuse to maximise the window, and some give the window a wrong size when its
+/// fullscreen state ends.
 ///
 /// An owner requests a state with a _NET_WM_STATE message to the root window. This class selects
 /// SubstructureNotify on the root window, so we receive the message too. The owner may revoke the

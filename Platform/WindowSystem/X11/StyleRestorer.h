@@ -6,13 +6,14 @@
 
 namespace vel::x11 {
 
-/// Completes the restoration of the _MOTIF_WM_HINTS of an adopted window. The property can contain
-/// a set of functions and a set of decorations. If a new value does not contain one of these sets,
-/// some window managers continue to apply this set of the previous value. So if the owner's value
-/// is missing or does not contain both sets, the restoration takes two steps. In the first step,
-/// `WindowStyle::restore` writes a value with both sets. In the second step, this class writes the
-/// owner's value. The second step waits until the window manager has read the value with both sets,
-/// or until a time limit has passed. Without a window manager, the second step follows immediately.
+/// Completes the restoration of the _MOTIF_WM_HINTS of an adopted window: a window that another
+/// program or the host created. The property can contain a set of functions and a set of
+/// decorations. If a new value does not contain one of these sets, some window managers continue to
+/// apply this set of the previous value. So if the owner's value is missing or does not contain
+/// both sets, the restoration takes two steps. In the first step, `WindowStyle::restore` writes a
+/// value with both sets. In the second step, this class writes the owner's value. The second step
+/// waits until the window manager has read the value with both sets, or until a time limit has
+/// passed. Without a window manager, the second step follows immediately.
 ///
 /// A window manager processes events in order. So after the first step, this class asks the window
 /// manager to write _NET_FRAME_EXTENTS on a new window, the probe. When the probe has the property,

@@ -10,8 +10,9 @@
 namespace vel::x11 {
 
 /// Reports changes of a window's frame, miniaturisation and style to the delegate. Users, the
-/// window manager and the programs that own adopted windows make such changes. An event only marks
-/// its window. `updateChangedWindows` then reads the window's state once, even after many events.
+/// window manager and the owners of adopted windows make such changes. An owner is the program that
+/// created the window. An event only marks its window. `updateChangedWindows` then reads the
+/// window's state once, even after many events.
 class WindowMonitor final : public NonCopyable {
  public:
   WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
