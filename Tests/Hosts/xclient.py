@@ -53,7 +53,7 @@ class Client:
         return [self._atom_name(atom) for atom in value[2]] if value else []
 
     def manager_runs(self):
-        """True if a window manager that supports EWMH runs."""
+        """Returns True if an EWMH window manager is running."""
         manager_window = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
         return bool(manager_window) and self.property(manager_window[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
 
@@ -73,7 +73,8 @@ class Client:
         return bytes(value[2]).decode(errors="replace")
 
     def find(self, text):
-        """Returns the largest viewable window with `text` in its class or title, or None."""
+        """Returns the id of the largest viewable window whose class or title contains `text`. Returns None if no
+        window matches."""
         largest_window, largest_size = None, 0
         windows = [self.root]
         while windows:
@@ -99,7 +100,7 @@ class Client:
         return self.rect(window_id) is not None
 
     def rect(self, window_id):
-        """Returns the position on the screen and the size, or None if the window does not exist."""
+        """Returns (x, y, width, height) in screen coordinates, or None if the window does not exist."""
         window = self._window(window_id)
         try:
             geometry = window.get_geometry()
@@ -109,8 +110,8 @@ class Client:
         return (corner.x, corner.y, geometry.width, geometry.height)
 
     def frame(self, window_id):
-        """Returns the id of the child of the root window that contains the window: usually the window manager's
-        frame. Returns None if the window does not exist."""
+        """Returns the id of the window manager's frame around the window. Returns `window_id` if the window has no
+        frame, and None if the window does not exist."""
         window = self._window(window_id)
         try:
             while True:
@@ -125,7 +126,8 @@ class Client:
         return len(self._children(self._window(window_id)))
 
     def state(self, window_id):
-        """Returns the value of WM_STATE: 1 for normal, 3 for iconic, None without the property."""
+        """Returns the value of WM_STATE: 1 for a normal window, ICONIC for a minimised window, None without the
+        property."""
         value = self.property(window_id, "WM_STATE")
         return value[2][0] if value else None
 

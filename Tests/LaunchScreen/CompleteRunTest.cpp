@@ -1,11 +1,13 @@
 // Complete runs of a launch screen, from the request for content to the recorded analytics event.
 //
 // The journal lists what happens in a run. Its line "style 7" means that a window gets the style
-// mask 7. The style mask of a window with a title and all controls is 15.
+// mask 7. The style mask of a window with a title and all controls is 15. An embedded launch screen
+// removes the three controls one by one, so the window gets the style masks 7, 3 and 1.
 //
 // The cover is the view of an embedded launch screen: it covers the content of an existing window.
-// If the window has a content view controller, this controller is the parent of the cover's
-// controller.
+//
+// The countdown ticks every 0.1 s. A countdown of 1 s takes 11 ticks, because rounding errors leave
+// a little time after ten ticks. The event is recorded 0.5 s after the dismissal.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -13,29 +15,28 @@
 namespace vel::test {
 namespace {
 
+// The recorded analytics events, with their times in seconds.
 using Events = std::vector<VirtualPlatform::Event>;
 
 class CompleteRunTest : public LaunchScreenTest {
  protected:
   // Requests and presents the content. The host's view delegate writes to the journal.
   void show(const Strong<NSWindow>& window, std::int32_t hostMode, double duration = 1.0,
-            std::string_view mode = "") {
-    load(duration, mode);
+            std::string_view requestMode = "") {
+    load(duration, requestMode);
     manager->content()->setDelegate(hostDelegate);
-    takeEvents();
+    takeJournal();
     present(window, hostMode);
   }
-  // Takes the focus away after three ticks of the countdown. `window` becomes key five seconds
-  // later.
+  // Takes the focus away after three ticks. Makes `window` key five seconds later.
   void switchAwayAndBack(const Strong<NSWindow>& window) {
     platform.run(0.35);
     platform.windowSystem().userMovesFocusAway();
     platform.run(5);
     window->makeKeyWindow();
   }
-  // Empties the journal and returns its lines. The recorded analytics events are in
-  // `platform.events` instead.
-  Lines takeEvents() { return std::exchange(*journal, {}); }
+  // Empties the journal and returns its lines.
+  Lines takeJournal() { return std::exchange(*journal, {}); }
   // The number of rectangles that the window draws: 1 while it shows a cover, otherwise 0.
   [[nodiscard]] std::size_t rectangleCount(const Strong<NSWindow>& window) {
     return platform.windowSystem().window(window->handle())->scene.size();
@@ -47,35 +48,35 @@ class CompleteRunTest : public LaunchScreenTest {
 
 // Each presentation mode
 
-TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsDismissal) {
+TEST_F(CompleteRunTest, ACoverInAWindowWithoutContentViewControllerIsRemovedASecondAfterDismissal) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
-  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
-                                 "style 3", "style 1"}));
+  EXPECT_EQ(takeJournal(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
+                                  "style 3", "style 1"}));
   EXPECT_EQ(rectangleCount(window), 1u);
   platform.run(1.05);
-  EXPECT_EQ(takeEvents(), Lines{});
+  EXPECT_EQ(takeJournal(), Lines{});
   platform.run(0.05);
   // The dismissal itself calls `viewDidDisappear`. `viewWillDisappear` follows when the view is
   // removed.
-  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15",  //
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"host: can disappear", "style 15",  //
+                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(rectangleCount(window), 1u);
   platform.run(1);
-  EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});
+  EXPECT_EQ(takeJournal(), Lines{"viewWillDisappear"});
   EXPECT_EQ(rectangleCount(window), 0u);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsDismissal) {
+TEST_F(CompleteRunTest, ACoverInAWindowWithContentViewControllerIsRemovedAtDismissal) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  takeEvents();
+  takeJournal();
   platform.run(1.1);
-  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
+                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(rectangleCount(window), 0u);
   platform.run(2);
@@ -85,13 +86,13 @@ TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsDismissal) {
 TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilTheDismissal) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
-  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
-                                 "viewDidAppear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
+                                  "viewDidAppear"}));
   EXPECT_EQ(NSApp->modalWindow(), controller()->view()->window());
   EXPECT_EQ(NSApp->keyWindow(), NSApp->modalWindow());
   platform.run(1.1);
-  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), window);
   platform.run(2);
@@ -102,22 +103,21 @@ TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilTheDismissal) {
 TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilTheDismissal) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
-  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
-                                 "viewDidAppear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
+                                  "viewDidAppear"}));
   EXPECT_EQ(window->sheets().size(), 1u);
   platform.run(1.1);
-  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_TRUE(window->sheets().empty());
   platform.run(2);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-// The focus leaves the window after three ticks of the countdown. After the focus returns, eight
-// ticks follow.
+// In these tests, the countdown pauses from 0.35 s to 5.35 s. Its last eight ticks end at 6.15 s.
 
-TEST_F(CompleteRunTest, ACoverWithoutAParentDoesNotCountUnfocusedTime) {
+TEST_F(CompleteRunTest, TheCountdownInAWindowWithoutContentViewControllerPausesWithoutFocus) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -127,7 +127,7 @@ TEST_F(CompleteRunTest, ACoverWithoutAParentDoesNotCountUnfocusedTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, ACoverUnderAParentDoesNotCountUnfocusedTime) {
+TEST_F(CompleteRunTest, TheCountdownInAWindowWithContentViewControllerPausesWithoutFocus) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -137,7 +137,7 @@ TEST_F(CompleteRunTest, ACoverUnderAParentDoesNotCountUnfocusedTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, AModalWindowDoesNotCountUnfocusedTime) {
+TEST_F(CompleteRunTest, TheCountdownOfAModalWindowPausesWithoutFocus) {
   show(openPlayerWindow(), kHostModeModalWindow);
   switchAwayAndBack(NSApp->modalWindow());
   platform.run(3);
@@ -152,7 +152,7 @@ TEST_F(CompleteRunTest, TheCountdownOfAModalWindowResumesWhenThePlayerWindowBeco
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, ASheetDoesNotCountUnfocusedTime) {
+TEST_F(CompleteRunTest, TheCountdownOfASheetPausesWithoutFocus) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
   switchAwayAndBack(window->sheets().front());
@@ -160,7 +160,7 @@ TEST_F(CompleteRunTest, ASheetDoesNotCountUnfocusedTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, AnotherApplicationInFrontPausesTheCountdown) {
+TEST_F(CompleteRunTest, TheCountdownPausesWhileTheApplicationIsInactive) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
@@ -205,15 +205,16 @@ TEST_F(CompleteRunTest, InSkipModeAnEarlyDismissalRecordsNoEvent) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(CompleteRunTest, AnEarlyDismissalIsRefusedButRecordsTheEvent) {
+TEST_F(CompleteRunTest, AnEarlyDismissalWithoutSkipModeIsRefusedButRecordsTheEvent) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded, 5);
   platform.run(0.5);
-  takeEvents();
+  takeJournal();
   manager->dismissLaunchScreen();
-  EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
+  EXPECT_EQ(takeJournal(), Lines{"host: can disappear"});
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   platform.run(3);
+  // The event is recorded 2.5 s after a refused dismissal.
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.0}}));
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   platform.run(5);
@@ -245,27 +246,28 @@ TEST_F(CompleteRunTest, ALaunchScreenThatPresentsASheetIsNotDismissed) {
   platform.run(5);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_TRUE(platform.events.empty());
-  // The override of the launch screen's controller would ask its delegates. Call the base class.
+  // `dismissViewController` of the launch screen's controller would ask the delegates, so call the
+  // base class.
   controller()->NSViewController::dismissViewController(sheet);
-  takeEvents();
+  takeJournal();
   manager->dismissLaunchScreen();
-  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                  "viewDidDisappear", "host: did disappear"}));
 }
 
-TEST_F(CompleteRunTest, TheLaunchScreenEndsWhenTheOwnerDestroysItsWindow) {
+TEST_F(CompleteRunTest, TheLaunchScreenEndsWhenItsWindowIsDestroyed) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10);
   platform.run(0.5);
-  takeEvents();
+  takeJournal();
   platform.windowSystem().ownerDestroysWindow(window->handle());
-  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "window closed",  //
-                                 "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeJournal(), (Lines{"viewWillDisappear", "style 15", "window closed",  //
+                                  "viewDidDisappear", "host: did disappear"}));
   platform.run(1);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.0}}));
 }
 
-TEST_F(CompleteRunTest, ASecondLaunchScreenOfTheSameManagerRunsWithoutAnEvent) {
+TEST_F(CompleteRunTest, ASecondLaunchScreenOfTheSameManagerRecordsNoEvent) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(5);

@@ -1,8 +1,6 @@
 // A host's consent dialog is a window whose content view controller has the class name
-// "GDPRViewController". When the dialog resigns key, the window of the launch screen becomes key.
-//
-// A window is required if the user can see the launch screen while the window is key. When a
-// required window resigns key, the countdown pauses, except if the window is a consent dialog.
+// "GDPRViewController". When the dialog resigns key, the manager ends the innermost modal session
+// and makes the launch screen's window the key window.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -11,7 +9,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// Records the window of each NSWindowDidBecomeKeyNotification that is posted.
+/// Records the window of each NSWindowDidBecomeKeyNotification.
 class KeyObserver final : public Class<KeyObserver, "KeyObserver"> {
  public:
   void windowDidBecomeKey(const NSNotification& notification) {
@@ -45,7 +43,7 @@ TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDow
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, OnlyTheInnermostModalSessionEnds) {
+TEST_F(ConsentTest, TheDialogEndsOnlyTheInnermostModalSession) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   const auto modalWindow = controller()->view()->window();
@@ -54,7 +52,7 @@ TEST_F(ConsentTest, OnlyTheInnermostModalSessionEnds) {
   EXPECT_EQ(NSApp->modalWindow(), modalWindow);
 }
 
-TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
+TEST_F(ConsentTest, AnExpiredLaunchScreenBecomesKey) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   manager->setAppIsUnfocused(true);
@@ -63,11 +61,12 @@ TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBecomesKey) {
+TEST_F(ConsentTest, APostponedDismissalRunsAfterTheModalSessionEndsAndBeforeTheWindowBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   NSApp->beginModalSession(consentDialog);
-  // The manager's `windowDidBecomeKey` dismisses the controller, before the window is key.
+  // The manager calls its own `windowDidBecomeKey` before it makes the window the key window. This
+  // call dismisses the controller.
   hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
@@ -77,7 +76,7 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
-TEST_F(ConsentTest, TheNewWindowBecomesKeyIfTheDismissalMovesTheView) {
+TEST_F(ConsentTest, TheWindowToWhichADismissalMovesTheViewBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   const auto newWindow = openWindow("NSWindow");
@@ -116,8 +115,8 @@ TEST_F(ConsentTest, OnlyTheModalSessionEndsIfNoWindowShowsTheLaunchScreen) {
 
 TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown) {
   show(5.0);
-  // The launch screen's controller is a HostController. A window whose content view controller has
-  // a child of the same class is required.
+  // The countdown pauses when a required window resigns key. A window is required if its content
+  // view controller has a child of the class of the launch screen's controller.
   consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consentDialog));
@@ -127,7 +126,7 @@ TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown)
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, TheCountdownResumesIfThereIsNoApplication) {
+TEST_F(ConsentTest, TheCountdownResumesEvenIfNSAppIsNull) {
   show(5.0);
   manager->pauseTimer();
   const Strong<NSApplication> application = NSApp;
@@ -139,7 +138,7 @@ TEST_F(ConsentTest, TheCountdownResumesIfThereIsNoApplication) {
 
 TEST_F(ConsentTest, ADialogWithAnotherControllerClassIsNotAConsentDialog) {
   show(5.0);
-  // The class names of the window and of a child controller do not count.
+  // The class names of the window and of a child controller do not matter.
   for (const std::string_view name : {"GDPRViewControllerSubclass", "gdprViewController", ""}) {
     const auto otherWindow = openWindow("GDPRViewController");
     otherWindow->setContentViewController(make<NamedViewController>(name));

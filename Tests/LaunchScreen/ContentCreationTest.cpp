@@ -1,6 +1,7 @@
-// LaunchScreenManager as a content resolver: a host requests content, and then the view of the
-// content. The manager creates its main content at its construction and returns it for a request.
-// While a launch screen is shown, the manager creates and returns a temporary content instead.
+// A host requests content from a LaunchScreenManager and then asks the manager for the content
+// view. The manager loads an accepted request into its main content. While a launch screen is
+// shown, the manager loads an accepted request into a new temporary content instead. The content
+// view is the main content itself.
 #include <functional>
 #include <limits>
 #include <utility>
@@ -21,7 +22,6 @@ class Broker final : public Class<Broker, "Broker", NSObject, ContentBroker> {
 
 class ContentCreationTest : public LaunchScreenTest {
  protected:
-  // Sends a request to the manager. Returns the manager's result.
   Strong<ContentData> request(double duration, std::string_view mode = "") {
     return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   }
@@ -47,14 +47,14 @@ class ContentCreationTest : public LaunchScreenTest {
 
 // Construction
 
-TEST_F(ContentCreationTest, InitCreatesTheMainContentAndBecomesItsDelegate) {
+TEST_F(ContentCreationTest, ANewManagerIsTheDelegateOfItsMainContent) {
   ASSERT_NE(manager->content(), nullptr);
   EXPECT_EQ(manager->content()->contentDelegate(), manager);
   EXPECT_EQ(manager->content()->state(), 0u);
   EXPECT_EQ(manager->content()->contentRequest(), nullptr);
 }
 
-TEST_F(ContentCreationTest, InitSetsAllOtherPropertiesToNullZeroOrFalse) {
+TEST_F(ContentCreationTest, AllOtherPropertiesOfANewManagerAreNullZeroOrFalse) {
   EXPECT_EQ(manager->tempContent(), nullptr);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_FALSE(manager->eventWasSended());
@@ -69,7 +69,7 @@ TEST_F(ContentCreationTest, TheClassNameIsLaunchScreenManager) {
   EXPECT_EQ(manager->className(), "LaunchScreenManager");
 }
 
-TEST_F(ContentCreationTest, TheManagerDoesNotRespondToName) {
+TEST_F(ContentCreationTest, TheManagerDoesNotRespondToTheNameOperation) {
   const Strong<ContentResolver> resolver = manager;
   EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
 }
@@ -196,7 +196,7 @@ TEST_F(ContentCreationTest, AMainContentThatTheHostSetsDuringARequestIsReturned)
   manager->setDelegate(listener);
   EXPECT_EQ(request(5.0), replacement);
   EXPECT_EQ(previousContent->state(), ContentDataStateLoaded);
-  previousContent->deactivate();  // A loaded content and its controller own each other.
+  previousContent->deactivate();  // breaks the reference cycle of content and controller
 }
 
 TEST_F(ContentCreationTest, ATemporaryContentThatIsSetDuringARequestIsReturned) {
@@ -225,7 +225,7 @@ TEST_F(ContentCreationTest, ATemporaryContentThatIsSetDuringARequestIsReturned) 
   });
   EXPECT_EQ(manager->contentDataForContentRequest(callbackRequest), replacement);
   EXPECT_EQ(readCount, 2);
-  loadedContent->deactivate();  // A loaded content and its controller own each other.
+  loadedContent->deactivate();  // breaks the reference cycle of content and controller
 }
 
 TEST_F(ContentCreationTest, ANewRequestKeepsTheFlagsOfTheManager) {
@@ -296,7 +296,7 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewReleasesTheTemporaryContent) {
+TEST_F(ContentCreationTest, AskingForTheContentViewReleasesTheTemporaryContent) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
@@ -307,14 +307,14 @@ TEST_F(ContentCreationTest, AskingForTheViewReleasesTheTemporaryContent) {
   EXPECT_TRUE(hostController->calls.empty()) << "it is released, not deactivated";
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewKeepsTheTimeLeft) {
+TEST_F(ContentCreationTest, AskingForTheContentViewKeepsTheTimeLeft) {
   load(5.0);
   manager->setLaunchScreenExpirationTimeLeft(3.25);
   manager->contentViewForContentData(manager->content());
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 3.25);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewAppendsTheManagerToTheControllersDelegates) {
+TEST_F(ContentCreationTest, AskingForTheContentViewAppendsTheManagerToTheControllersDelegates) {
   const auto data = request(5.0);
   ASSERT_EQ(controller()->delegates()->count(), 1u);
   manager->contentViewForContentData(data);
@@ -323,14 +323,14 @@ TEST_F(ContentCreationTest, AskingForTheViewAppendsTheManagerToTheControllersDel
   EXPECT_EQ(controller()->delegates()->objectAtIndex(1), manager);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewTwiceStoresTheManagerInTheDelegatesOnce) {
-  load(5.0);  // asks for the view the first time
+TEST_F(ContentCreationTest, AskingForTheContentViewTwiceAddsTheManagerToTheDelegatesOnce) {
+  load(5.0);  // asks for the content view the first time
   manager->contentViewForContentData(manager->content());
   EXPECT_EQ(controller()->delegates()->count(), 2u);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewTwiceCallsAddDelegateTwice) {
-  const auto hostController = loadHostController(5.0);  // asks for the view the first time
+TEST_F(ContentCreationTest, AskingForTheContentViewTwiceCallsAddDelegateTwice) {
+  const auto hostController = loadHostController(5.0);  // asks for the content view the first time
   EXPECT_EQ(hostController->delegate, manager);
   manager->contentViewForContentData(nullptr);
   EXPECT_EQ(hostController->calls, (std::vector<std::string>{"addDelegate", "addDelegate"}));

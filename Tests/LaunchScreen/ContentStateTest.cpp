@@ -1,5 +1,5 @@
-// A `LaunchScreenContent` ("the content") stores a request, creates the launch screen's controller
-// and reports its state.
+// A `LaunchScreenContent` ("the content") stores a request and creates the launch screen's
+// controller. The content reports its own state to its content delegate.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Tests/Support/CoverFixture.h"
@@ -39,8 +39,8 @@ class ContentListener final
   std::function<void()> onNextChange;
 };
 
-/// A content delegate that reports that it responds to no operation. `callCount` shows whether the
-/// content calls it nevertheless.
+/// A content delegate that responds to no operation. `callCount` counts the calls that it receives
+/// nevertheless.
 class SilentListener final
     : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {
  public:
@@ -68,7 +68,7 @@ class ContentStateTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-TEST_F(ContentStateTest, ANewContentHasStateZeroAndNoReferences) {
+TEST_F(ContentStateTest, ANewContentHasStateZeroAndNullReferences) {
   const auto newContent = LaunchScreenContent::init();
   EXPECT_EQ(newContent->state(), 0u);
   EXPECT_EQ(newContent->request(), nullptr);
@@ -123,7 +123,7 @@ TEST_F(ContentStateTest, ANullRequestFailsLikeARequestWithoutParameters) {
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
 }
 
-TEST_F(ContentStateTest, IfNoControllerIsCreatedTheContentFailsWithAnError) {
+TEST_F(ContentStateTest, TheContentFailsWithAnErrorIfNoControllerIsCreated) {
   // An interval of 0 prevents the creation of a controller.
   configuration().setExpirationTimeInterval(0);
   content->setContentRequest(request());
@@ -202,7 +202,7 @@ TEST_F(ContentStateTest, AHostsControllerIsUsedAtOnceOnAnyThread) {
 
 // `setContentRequest` on another thread
 
-TEST_F(ContentStateTest, OnAnotherThreadSetContentRequestReturnsBeforeTheControllerIsCreated) {
+TEST_F(ContentStateTest, SetContentRequestOnAnotherThreadReturnsBeforeTheControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   EXPECT_EQ(content->state(), 0u);
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -212,7 +212,7 @@ TEST_F(ContentStateTest, OnAnotherThreadSetContentRequestReturnsBeforeTheControl
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
 }
 
-TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThread) {
+TEST_F(ContentStateTest, ARequestWithoutParametersOnAnotherThreadFailsOnThatThread) {
   listener->keepsError = true;
   runOnAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, false}}));
@@ -239,7 +239,7 @@ TEST_F(ContentStateTest, TheExpirationTimeIntervalIsReadWhenTheControllerIsCreat
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheContentKeepsTheFirst) {
+TEST_F(ContentStateTest, TheContentKeepsItsControllerIfASecondQueuedRequestCreatesNone) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
@@ -257,7 +257,7 @@ TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheContentKeep
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
 }
 
-// setState
+// `setState`
 
 TEST_F(ContentStateTest, SettingTheSameStateTwiceNotifiesTwice) {
   content->setState(7);
@@ -266,7 +266,7 @@ TEST_F(ContentStateTest, SettingTheSameStateTwiceNotifiesTwice) {
   EXPECT_EQ(listener->changes, (Changes{{7, "", true}, {7, "", true}}));
 }
 
-TEST_F(ContentStateTest, AContentDelegateThatDoesNotRespondIsNotNotified) {
+TEST_F(ContentStateTest, AContentDelegateThatRespondsToNoOperationIsNotNotified) {
   const auto silentListener = make<SilentListener>();
   content->setContentDelegate(silentListener);
   content->setState(7);

@@ -1,7 +1,9 @@
 // `dismiss` of the launch screen's controller removes the cover (the controller's view) without
-// asking the delegates. If the cover is embedded in a window without a content view controller, the
-// controller has no parent view controller that could own it. The library then tracks the cover:
-// three global variables own the cover, its superview and its controller (EmbeddedCover.h).
+// asking the delegates.
+//
+// An embedded cover has a parent if its window has a content view controller. The parent owns the
+// controller of the cover. A cover without a parent is tracked: three global variables own the
+// cover, its superview and its controller (EmbeddedCover.h).
 //
 // The fixture records events as lines. The line "style 15" means that the window gets a title and
 // all controls again.
@@ -48,7 +50,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, IfAnEmbeddedCoverIsSetToSheetModeDismissClosesThePlayerWindow) {
+TEST_F(ControllerDismissTest, DismissClosesThePlayerWindowIfAnEmbeddedCoverIsSetToSheetMode) {
   const auto window = openPlayerWindow();
   embed(window);
   controller->setPresentationMode(LaunchScreenPresentationSheet);
@@ -69,7 +71,7 @@ TEST_F(ControllerDismissTest, DismissOfACoverThatIsNotPresentedClosesNoWindow) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, InAnUnknownModeDismissDoesNothing) {
+TEST_F(ControllerDismissTest, DismissInAnUnknownModeDoesNothing) {
   const auto window = openPlayerWindow();
   embed(window);
   addDelegate("first");
@@ -124,7 +126,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrac
   }
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedFromAParentThatItGotLater) {
+TEST_F(ControllerDismissTest, TheControllerOfATrackedCoverIsRemovedFromAParentThatWasSetLater) {
   embed(openPlayerWindow());
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(controller);
@@ -158,7 +160,7 @@ TEST_F(ControllerDismissTest, DismissOfAnotherControllerDismissesTheTrackedCover
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, ASecondCoverTrackedAfterDismissIsRemovedInsteadOfTheFirst) {
+TEST_F(ControllerDismissTest, OnlyTheSecondCoverIsRemovedIfItReplacesTheDismissedTrackedCover) {
   const auto window = openPlayerWindow();
   embed(window);
   controller->dismiss();
@@ -186,7 +188,7 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, DismissKeepsTheTrackedCoverAliveUntilAllDelegatesAreNotified) {
+TEST_F(ControllerDismissTest, DismissKeepsTheTrackedControllerAliveUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
   const auto secondController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
@@ -195,17 +197,17 @@ TEST_F(ControllerDismissTest, DismissKeepsTheTrackedCoverAliveUntilAllDelegatesA
     secondController->presentForWindowWithPresentationMode(otherWindow, 0);
   });
   const auto lastDelegate = addDelegate("last");
-  const Weak<LaunchScreenViewController> weakCover = std::exchange(controller, nullptr);
+  const Weak<LaunchScreenViewController> weakController = std::exchange(controller, nullptr);
   takeEvents();
   secondController->dismiss();  // dismisses the tracked cover, not `secondController`
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
-  EXPECT_TRUE(weakCover.expired());
+  EXPECT_TRUE(weakController.expired());
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
 }
 
 // Dismissal of an embedded cover while at least one of the three global variables is null
 
-TEST_F(ControllerDismissTest, IfTheWindowIsNullDismissOnlyNotifiesTheDelegates) {
+TEST_F(ControllerDismissTest, DismissWithoutAWindowOnlyNotifiesTheDelegates) {
   embed(nullptr);
   const auto firstDelegate = addDelegate("first");
   controller->dismiss();
@@ -215,7 +217,7 @@ TEST_F(ControllerDismissTest, IfTheWindowIsNullDismissOnlyNotifiesTheDelegates) 
   EXPECT_TRUE(isTrackedCover(nullptr, controller));
 }
 
-TEST_F(ControllerDismissTest, IfOneGlobalVariableIsNullTheViewIsRemovedAtOnce) {
+TEST_F(ControllerDismissTest, ACoverIsRemovedAtOnceIfOneGlobalVariableIsNull) {
   const auto window = openPlayerWindow();
   embed(window);
   embedded_cover::selfView = nullptr;
@@ -260,7 +262,7 @@ TEST_F(ControllerDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMuta
 
 // Embedded with a parent view controller
 
-TEST_F(ControllerDismissTest, WithAParentTheViewAndItsControllerAreRemovedAtOnce) {
+TEST_F(ControllerDismissTest, ACoverWithAParentIsRemovedAtOnceWithItsController) {
   const auto window = openPlayerWindowWithContentViewController();
   embed(window);
   addDelegate("first");
@@ -273,7 +275,7 @@ TEST_F(ControllerDismissTest, WithAParentTheViewAndItsControllerAreRemovedAtOnce
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, WithAParentTheDelegatesAreNotNotifiedIfTheWindowIsClosed) {
+TEST_F(ControllerDismissTest, ACoverWithAParentInAClosedWindowDoesNotNotifyTheDelegates) {
   const auto window = openPlayerWindowWithContentViewController();
   // If the window is closed, the platform does not call `viewDidDisappear`, which would notify the
   // delegates.
@@ -286,7 +288,7 @@ TEST_F(ControllerDismissTest, WithAParentTheDelegatesAreNotNotifiedIfTheWindowIs
   EXPECT_EQ(controller->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowTheControllerKeepsItsParent) {
+TEST_F(ControllerDismissTest, TheControllerKeepsItsParentIfTheCoverIsInNoWindow) {
   embed(nullptr);
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(controller);

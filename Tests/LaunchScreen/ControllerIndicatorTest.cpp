@@ -1,5 +1,6 @@
-// A caller can add a spinning indicator to the cover (the view of the launch screen's controller).
-// `createConstraintsActivityIndicator` pins the indicator to the centre of the cover.
+// `createActivityIndicator` adds a spinner, the indicator, to the cover (the view of the launch
+// screen's controller). `createConstraintsActivityIndicator` pins the indicator to the centre of
+// the cover.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -13,8 +14,8 @@ class ControllerIndicatorTest : public CoverTest {
   [[nodiscard]] Strong<NSProgressIndicator> indicator() const {
     return controller->activityIndicator();
   }
-  // Creates an indicator on a system of this version. Returns the name of the indicator's
-  // appearance, or "none".
+  // Creates an indicator while the operating system has this version. Returns the name of the
+  // indicator's appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     controller->createActivityIndicator();
@@ -68,14 +69,14 @@ TEST_F(ControllerIndicatorTest, APinnedIndicatorIsCentredAnd32PointsHigh) {
   EXPECT_EQ(frame.origin.y + frame.size.height / 2, 300);
 }
 
-TEST_F(ControllerIndicatorTest, APinnedIndicatorStaysCentredWhenTheViewIsResized) {
+TEST_F(ControllerIndicatorTest, APinnedIndicatorStaysCentredWhenTheCoverIsResized) {
   controller->createActivityIndicator();
   controller->createConstraintsActivityIndicator();
   controller->view()->setFrame(CGRectMake(7, 8, 1000, 500));
   EXPECT_EQ(indicator()->frame(), CGRectMake(484, 234, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, PinningConstrainsCentreMinimumWidthAndHeight) {
+TEST_F(ControllerIndicatorTest, PinningConstrainsCentreHeightAndMinimumWidth) {
   controller->createActivityIndicator();
   controller->createConstraintsActivityIndicator();
   struct ExpectedConstraint {

@@ -20,7 +20,7 @@ TimeLeft pausedCountdown(double seconds, double total) {
 
 class LineConsoleTest : public testing::Test {
  protected:
-  // Shows a whole countdown on the console, in steps of 0.1 s.
+  // Shows a whole countdown on the console, with a tick every 0.1 s.
   void countDown(double total) {
     double time = 0;
     for (double remaining = total; remaining > 0; remaining -= 0.1, time += 0.1) {
@@ -32,7 +32,7 @@ class LineConsoleTest : public testing::Test {
   LineConsole console{out};
 };
 
-TEST_F(LineConsoleTest, ReportIsALineWithItsTime) {
+TEST_F(LineConsoleTest, ReportIsPrintedOnALineWithItsTime) {
   console.report(1.6004, "dismissed");
   console.report(1234.5, "event recorded: e");
   EXPECT_EQ(out.str(), "   1.600 s  dismissed\n1234.500 s  event recorded: e\n");

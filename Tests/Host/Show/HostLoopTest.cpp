@@ -14,7 +14,6 @@
 namespace vel::host {
 namespace {
 
-// Returns true if the signal has its default action.
 bool hasDefaultAction(int signal) {
   struct sigaction action {};
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
@@ -106,9 +105,9 @@ TEST_F(HostLoopTest, ABlockedSignalEndsRunUntilAndIsBlockedAgainAfterTheLoop) {
     raise(SIGTERM);
     EXPECT_EQ(loop.runUntil(never), SIGTERM);
   }
-  sigset_t restoredMask{};
-  pthread_sigmask(SIG_SETMASK, &previousMask, &restoredMask);
-  EXPECT_EQ(sigismember(&restoredMask, SIGTERM), 1);
+  sigset_t maskAfterLoop{};
+  pthread_sigmask(SIG_SETMASK, &previousMask, &maskAfterLoop);
+  EXPECT_EQ(sigismember(&maskAfterLoop, SIGTERM), 1);
 }
 
 TEST_F(HostLoopTest, SignalActionsAreRestored) {

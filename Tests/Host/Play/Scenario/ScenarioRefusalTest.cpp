@@ -1,4 +1,5 @@
-// Tests the errors for invalid scenarios.
+// Tests the errors for invalid scenarios. A scenario is the JSON document that `launchscreen play`
+// plays.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -31,7 +32,7 @@ TEST_P(ScenarioRefusalTest, ErrorNamesTheInvalidMemberAndWhatIsExpected) {
   EXPECT_EQ(errorFor(GetParam().scenario), GetParam().expectedError);
 }
 
-constexpr const char* kOperations =
+constexpr const char* kExpectedDelegateOperation =
     R"(one of "contentViewWillAppear:", "canContentViewDisappear:", "contentViewDidDisappear:")";
 
 std::string testNameOf(const testing::TestParamInfo<Refusal>& testInfo) {
@@ -49,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 1)"},
         Refusal{"Truncated", "{\"steps\":[\n  {\"at\":1",
                 "/steps/0: expected well-formed JSON in UTF-8 at line 2, column 10"},
-        Refusal{"TruncatedAfterAName",
+        Refusal{"TruncatedAfterAMemberName",
                 "{\"until\":", "/until: expected well-formed JSON in UTF-8 at line 1, column 10"},
         Refusal{"Comment", "{} // all",
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 4)"},
@@ -57,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 3)"},
         Refusal{"InvalidUtf8", "{\"steps\":[{\"do\":\"\xc3(\"}]}",
                 "/steps/0/do: expected well-formed JSON in UTF-8 at line 1, column 19"},
-        Refusal{"NumberBeyondADouble", R"({"until":1e999})",
+        Refusal{"NumberTooLargeForADouble", R"({"until":1e999})",
                 "/until: expected a number within the range of a double"},
         Refusal{"DuplicateMember", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
                 "/steps/0/at: expected each member only once in an object"}),
@@ -70,9 +71,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Number", "7", R"("" (the document): expected an object)"},
         Refusal{"UnknownMember", R"({"actors":[]})",
                 R"(/actors: expected a known member: one of "host", "steps", "until")"},
-        Refusal{"MemberNameThatAJsonPointerEscapes", R"({"a/b~c":1})",
+        Refusal{"MemberNameIsEscapedInTheJsonPointer", R"({"a/b~c":1})",
                 R"(/a~1b~0c: expected a known member: one of "host", "steps", "until")"},
-        Refusal{"MemberNameOfTwoLines", R"({"a\nb":1})",
+        Refusal{"MemberNameContainsALineFeed", R"({"a\nb":1})",
                 R"(/a\u000ab: expected a known member: one of "host", "steps", "until")"},
         Refusal{"StepsAreNotAnArray", R"({"steps":{}})", "/steps: expected an array of steps"},
         Refusal{"StepIsNotAnObject", R"({"steps":["activate"]})", "/steps/0: expected a step"},
@@ -146,11 +147,12 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
   EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":null}}})"),
             "/host/viewDelegate/operations: expected an array of operations");
   EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":["close"]}}})"),
-            std::string("/host/viewDelegate/operations/0: expected ") + kOperations);
+            std::string("/host/viewDelegate/operations/0: expected ") + kExpectedDelegateOperation);
   EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"canDisappear":1}}})"),
             "/host/viewDelegate/canDisappear: expected true or false");
-  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"deactivateDuring":"close"}}})"),
-            std::string("/host/viewDelegate/deactivateDuring: expected ") + kOperations);
+  EXPECT_EQ(
+      errorFor(R"({"host":{"viewDelegate":{"deactivateDuring":"close"}}})"),
+      std::string("/host/viewDelegate/deactivateDuring: expected ") + kExpectedDelegateOperation);
   EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":["contentViewWillAppear:"],)"
                      R"("deactivateDuring":"contentViewDidDisappear:"}}})"),
             "/host/viewDelegate/deactivateDuring: expected one of the delegate's operations");
@@ -191,10 +193,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "/steps/0/parameters: expected an object with the request's parameters, or null"},
         Refusal{"ThreadUnknown", R"({"do":"request","thread":"main"})",
                 R"(/steps/0/thread: expected "background")"},
-        Refusal{"ThreadOfADismissalByTheContent",
+        Refusal{"DismissByTheContentTakesNoThread",
                 R"({"do":"dismiss","by":"content","thread":"background"})",
                 R"(/steps/0/thread: expected a known member: one of "at", "do", "by")"},
-        Refusal{"ThreadOfAStepThatTakesNoThread", R"({"do":"deactivate","thread":"background"})",
+        Refusal{"DeactivateTakesNoThread", R"({"do":"deactivate","thread":"background"})",
                 R"(/steps/0/thread: expected a known member: one of "at", "do")"},
         Refusal{"ContentUnknown", R"({"do":"contentView","content":"other"})",
                 R"(/steps/0/content: expected one of "main", "temporary")"},
@@ -208,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
         Refusal{"ModeTooSmall", R"({"do":"present","window":null,"mode":-2147483649})",
                 "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
-        Refusal{"ModeBeyondSigned64",
+        Refusal{"ModeTooLargeForASigned64BitInteger",
                 R"({"do":"present","window":null,"mode":18446744073709551615})",
                 "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
         Refusal{"ModeIsNotAnInteger", R"({"do":"present","window":null,"mode":0.5})",
@@ -225,12 +227,12 @@ INSTANTIATE_TEST_SUITE_P(
                 "/steps/0/skipMode: expected true or false"},
         Refusal{"NextEventNameIsNotAString", R"({"do":"configure","nextEventName":1})",
                 "/steps/0/nextEventName: expected a string or null"},
-        Refusal{"IntervalIsAnUnknownWord", R"({"do":"configure","expirationTimeInterval":"NaN"})",
+        Refusal{"IntervalIsAnUnknownString", R"({"do":"configure","expirationTimeInterval":"NaN"})",
                 R"(/steps/0/expirationTimeInterval: expected a number, "nan", "inf" or "-inf")"},
         Refusal{"ViewControllerIsNotABoolean", R"({"do":"configure","viewController":null})",
                 "/steps/0/viewController: expected true or false"},
         Refusal{
-            "ViewDelegateDeactivatesWithoutOperations",
+            "DeactivateDuringWithoutOperations",
             R"({"do":"viewDelegate","operations":null,"deactivateDuring":"contentViewWillAppear:"})",
             "/steps/0/deactivateDuring: expected one of the delegate's operations"},
         Refusal{"OpenWindowWithoutName", R"({"do":"openWindow"})",
@@ -249,6 +251,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     WindowNames, StepRefusalTest,
+    // The first presentation in mode 1 opens the window "sheet-1". The first presentation in mode 2
+    // opens the window "modal-1". Mode 0 opens no window.
     testing::Values(
         Refusal{"Unknown", R"({"do":"miniaturize","window":"Player"})",
                 "/steps/0/window: expected the name of an earlier window"},
@@ -268,7 +272,7 @@ INSTANTIATE_TEST_SUITE_P(
             "/steps/1/window: expected the name of an earlier window"}),
     testNameOf);
 
-TEST(ScenarioReaderTest, ErrorForAnUnknownStepListsTheSteps) {
+TEST(ScenarioReaderTest, ErrorForAnUnknownOrMissingStepNameListsTheNames) {
   const std::string error = errorFor(R"({"steps":[{"do":"dance"}]})");
   EXPECT_THAT(error,
               testing::StartsWith(R"(/steps/0/do: expected one of "activate", "request", )"));
@@ -303,7 +307,7 @@ TEST(ScenarioReaderTest, ByteOrderMarkIsAllowed) {
   EXPECT_EQ(errorFor("\xef\xbb\xbf{}"), "accepted");
 }
 
-TEST(ScenarioReaderTest, StepsCanNameTheWindowsOfEarlierPresentations) {
+TEST(ScenarioReaderTest, StepsCanUseTheWindowsOfEarlierPresentations) {
   // Mode 2 opens a modal window, and mode -1 opens a sheet.
   EXPECT_EQ(errorFor(R"({"steps":[{"do":"present","window":null,"mode":2},)"
                      R"({"do":"present","window":"modal-1","mode":-1},)"

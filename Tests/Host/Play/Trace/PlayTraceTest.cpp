@@ -82,7 +82,7 @@ TEST(TraceTextTest, LifeCycleCallsHaveTheirPlatformNames) {
             R"({"t":0.000000000,"cover":"viewDidDisappear"})");
 }
 
-TEST(TraceTextTest, DoubleIsWrittenAsTheShortestDecimalThatConvertsBack) {
+TEST(TraceTextTest, DoubleIsWrittenAsTheShortestDecimalThatConvertsBackToIt) {
   EXPECT_EQ(shortestDecimal(5.0), "5");
   EXPECT_EQ(shortestDecimal(4.9), "4.9");
   EXPECT_EQ(shortestDecimal(0.30000001192092896), "0.30000001192092896");
@@ -98,7 +98,7 @@ TEST(TraceTextTest, InfinityAndNaNBecomeStrings) {
   EXPECT_EQ(textOf(trace::Tick{-kInfinity}), R"({"t":0.000000000,"tick":"-inf"})");
 }
 
-TEST(TraceTextTest, TextsAreEscapedToOneLine) {
+TEST(TraceTextTest, StringsAreEscapedAsInJson) {
   EXPECT_EQ(textOf(trace::RecordedEvent{"a\"b\\c\nd\x01\xc3\xa9"}),
             "{\"t\":0.000000000,\"event\":\"a\\\"b\\\\c\\nd\\u0001\xc3\xa9\"}");
 }
@@ -110,8 +110,8 @@ TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",
            1);
-  // The only tick dismisses the launch screen, which sets the time left to 0. The tick then
-  // subtracts 0.1 s.
+  // The only tick dismisses the launch screen. The dismissal sets the time left to 0, and the tick
+  // then subtracts 0.1 s. The test leaves out the last line, which is an inspection.
   EXPECT_THAT(
       std::vector(trace.begin(), trace.end() - 1),
       ElementsAre(
@@ -217,7 +217,7 @@ TEST(PlayInspectionTest, InitialStateHasNoControllerAndNoRequest) {
             R"("orderedWindows":["player"],"modalWindow":null,"styleMasks":{"player":15}}}})");
 }
 
-TEST(PlayInspectionTest, ControllerOfTheHostHasNoDelegatesAndNoSavedStyle) {
+TEST(PlayInspectionTest, ControllerOfTheHostHasNoDelegatesSavedStyleMaskOrWindow) {
   const json controller = lastInspection(
       play(R"({"do":"configure","expirationTimeInterval":1,"viewController":true},)"
            R"({"do":"request","parameters":{"event":"e","max_duration_time":1}})"))["controller"];
@@ -241,7 +241,7 @@ TEST(PlayInspectionTest, ContainsTheFlagsOfTheManager) {
   EXPECT_EQ(manager["eventWasSended"], true);
 }
 
-TEST(PlayInspectionTest, ApplicationNamesItsWindowsAndSortsStyleMasksByWindowName) {
+TEST(PlayInspectionTest, WindowsHaveTheirNamesAndStyleMasksAreSortedByWindowName) {
   const json application =
       lastInspection(play(R"({"do":"openWindow","name":"zoo","styleMask":3},)"
                           R"({"do":"openWindow","name":"abc","styleMask":5},)"
