@@ -23,7 +23,7 @@ struct ClassName {
   char characters[Size]{};
 };
 
-/// The root class. `make` makes every object and returns its first strong reference.
+/// The root class.
 class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
                             public std::enable_shared_from_this<NSObject> {
  public:
@@ -37,9 +37,6 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 /// its superclass and the protocols that it adopts.
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
-///
-/// `make` does not compile for a class that is derived directly from its superclass, without
-/// `Class`.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:

@@ -17,20 +17,23 @@ inline constexpr NSRunLoopMode NSModalPanelRunLoopMode = NSRunLoopMode::ModalPan
 inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::EventTracking;
 
 /// A timer of the run loop. It calls an operation of its target after an interval, once or
-/// repeatedly. The timer keeps its target alive until the timer becomes invalid, and during each
-/// call. Only the main thread may use a scheduled timer.
+/// repeatedly. The timer holds a strong reference to its target while the timer is valid and
+/// during each call. Only the main thread may use a scheduled timer.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
   /// Calls the timer's operation on the target.
   using Callout = void (*)(NSObject& target, NSTimer& timer);
 
+  /// Makes a timer that is not scheduled. `firstFireDate` is a time on the run loop's clock.
   NSTimer(Nanoseconds firstFireDate, Nanoseconds interval, bool repeats, Strong<NSObject> target,
           Callout callout);
 
-  /// Makes a timer and schedules it on the current thread's run loop in the default mode. Example:
-  /// `NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
-  /// true)`. The interval is in seconds; 0 or less means 0.1 ms. On a thread without a run loop the
-  /// timer is not scheduled and never fires.
+  /// Makes a timer. On the main thread, schedules the timer on the run loop in the default mode. On
+  /// another thread, does not schedule the timer. The interval is in seconds; 0 or less means 0.1
+  /// ms.
+  ///
+  ///     NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
+  ///                                                                                 true);
   template <auto Selector, class Target>
   static Strong<NSTimer> scheduledTimerWithTimeIntervalTargetSelectorRepeats(
       double interval, const Strong<Target>& target, bool repeats) {
@@ -58,10 +61,10 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
 
   static Strong<NSTimer> schedule(double interval, Strong<NSObject> target, bool repeats,
                                   Callout callout);
-  // Adds whole intervals to the fire date until it is later than `now`. A late timer thus keeps its
-  // phase.
+  // Adds whole intervals to the fire date until it is later than `now`. A late call thus does not
+  // shift the later fire dates.
   void advanceFireDate(Nanoseconds now);
-  // Calls the target. The caller keeps the timer alive.
+  // Calls the target. The caller must hold a strong reference to the timer.
   void fire();
 
   Nanoseconds firstFireDate_;

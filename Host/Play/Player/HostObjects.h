@@ -1,5 +1,5 @@
-// Classes of the host objects that `Player` creates. `Player` acts as the host. The host is the
-// program that uses the library.
+// The host is the program that uses the library. `Player` acts as the host and creates objects of
+// the classes in this file.
 #pragma once
 
 #include <functional>
@@ -80,8 +80,8 @@ class UndeclaredResolverDelegate final
   StateHandler handler_;
 };
 
-/// A view delegate that responds only to the operations in `script.operations`.
-/// `canContentViewDisappear` returns `script.canDisappear`. Each operation first calls the handler.
+/// A view delegate that responds only to the operations in `script.operations`. Each operation
+/// calls the handler. `canContentViewDisappear` then returns `script.canDisappear`.
 class ScriptedViewDelegate final
     : public Class<ScriptedViewDelegate, "ScriptedViewDelegate", NSObject, ContentViewDelegate> {
  public:

@@ -31,13 +31,12 @@ struct TimeSpan {
   Nanoseconds end = 0;
 };
 
-/// A part of the countdown in which the time left falls at a constant rate or does not change.
+/// A span in which the time left until the launch screen expires falls at a constant rate or does
+/// not change.
 struct CountdownSegment {
   TimeSpan span;
-  /// The time left until the launch screen expires, in seconds, at the start and at the end of the
-  /// span.
-  double timeLeftAtStart = 0;
-  double timeLeftAtEnd = 0;
+  double timeLeftAtStart = 0;  // in seconds
+  double timeLeftAtEnd = 0;    // in seconds
   bool isCountingDown = false;
 };
 
@@ -60,8 +59,8 @@ class Timeline final : public PlayListener {
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   /// Returns the spans in which a launch screen was shown.
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
-  /// Returns how the time left changes during the scenario. Leaves out the spans in which no time
-  /// is left or the time left is not finite.
+  /// Returns the segments in order of time. Leaves out the spans in which the time left is
+  /// not positive or not finite.
   [[nodiscard]] const std::vector<CountdownSegment>& countdown() const { return countdown_; }
   /// Returns the time of the latest trace line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
@@ -80,8 +79,8 @@ class Timeline final : public PlayListener {
   std::vector<CountdownSegment> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> latestState_;
-  // The window whose style change the latest trace line reports. No value if the line reports
-  // another event, or if a state was reached after the line.
+  // The window in the latest trace line, if this line reports a style change. `stateReached` clears
+  // the value.
   std::optional<std::string> styledWindow_;
   // True if a dismissal was requested since the latest state.
   bool isDismissalRequested_ = false;

@@ -52,8 +52,7 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    // Makes `reportChanges` report that the application is not active, unless a window of the back
-    // end has the focus.
+    // `reportChanges` must deactivate the application if no window of the back end has the focus.
     mayHaveLostFocus_ = hasPendingChanges_ = true;
     return;
   }
@@ -66,17 +65,16 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   }
 }
 
-// Clears `reportedFocus_` too, so that `reportChanges` does not call `focusMoved` for a loss
-// that `orderOut` causes.
+// Clears `reportedFocus_` too: `reportChanges` must not report a loss that the back end causes.
 void FocusTracker::windowWithdrawn(xcb_window_t window) {
   if (focus_ == window) {
     focus_ = reportedFocus_ = XCB_WINDOW_NONE;
   }
 }
 
-// Makes `reportChanges` check whether another window of the back end has received the focus.
 void FocusTracker::windowRemoved(xcb_window_t window) {
   if (focus_ == window || reportedFocus_ == window) {
+    // `reportChanges` must check whether another window of the back end has received the focus.
     mayHaveLostFocus_ = hasPendingChanges_ = true;
   }
   if (focus_ == window) {
@@ -89,8 +87,6 @@ void FocusTracker::windowRemoved(xcb_window_t window) {
 
 void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
 
-// If another application is active, the request carries an old time: the time at which this
-// application last received the focus. The window manager decides whether to accept the old time.
 bool FocusTracker::requestFocus(Window& window) {
   if (focus_ == window.id) {
     // The back end promises `focusMoved` after a request, but no FocusIn event will come.
@@ -99,9 +95,11 @@ bool FocusTracker::requestFocus(Window& window) {
     return false;
   }
   if (windowManager_.supportsActivation()) {
-    const bool usesOldTime = !isActive_ && focusTime_ != XCB_CURRENT_TIME;
+    // While the application is inactive, send the time at which it last received the focus. The
+    // window manager may then refuse to take the focus from another application.
+    const bool usesLastFocusTime = !isActive_ && focusTime_ != XCB_CURRENT_TIME;
     windowManager_.requestActivation(window.id,
-                                     usesOldTime ? focusTime_ : connection_.serverTime());
+                                     usesLastFocusTime ? focusTime_ : connection_.serverTime());
     return false;
   }
   for (auto& [id, other] : windows_) {
@@ -115,7 +113,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   hasPendingChanges_ = false;
   const bool mayHaveLostFocus = std::exchange(mayHaveLostFocus_, false);
   if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE) {
-    receiveMatchingFocusIn(handleEvents);  // sets `focus_` if one of our windows gets the focus
+    receiveMatchingFocusIn(handleEvents);  // may set `focus_`
   }
   if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE && isActive_) {
     isActive_ = false;
@@ -140,18 +138,19 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   }
 }
 
-// When the focus moves between two windows of the back end, the server sends the FocusOut and the
-// matching FocusIn together. So after the round trip, the FocusIn has arrived.
 void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
-  const auto focus = queryInputFocus(connection_);
-  // If true, the caller of `reportChanges` must update the windows and call `reportChanges` again.
+  // When the focus moves between two windows of the back end, the server sends the FocusOut and the
+  // matching FocusIn together. So the FocusIn has arrived when `queryInputFocus` returns.
+  const auto inputFocus = queryInputFocus(connection_);
+  // If events were handled, the caller of `reportChanges` must update the windows and call it
+  // again.
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may set the focus to the root window, PointerRoot or
   // None. We then return the focus to the window that had it.
   Window* const previousWindow = windows_.find(reportedFocus_);
   const bool isFocusOnRootOrNone =
-      focus != nullptr &&
-      (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == connection_.root());
+      inputFocus != nullptr && (inputFocus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT ||
+                                inputFocus->focus == connection_.root());
   if (std::exchange(hasWindowManagerEnded_, false) && previousWindow != nullptr &&
       isFocusOnRootOrNone) {
     previousWindow->wantsFocus = previousWindow->hasStateChanges = hasPendingChanges_ = true;

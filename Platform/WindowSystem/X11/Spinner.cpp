@@ -9,12 +9,12 @@ namespace vel::x11 {
 
 namespace {
 
-// The dimensions of the spokes, in fractions of the side of the picture.
+// The dimensions of the spokes, in fractions of the spinner's side length.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
 constexpr double kSpokeWidth = 0.09;
-constexpr double kTipWidth = 0.05;
-constexpr double kTipLength = 0.02;
+constexpr double kEndWidth = 0.05;
+constexpr double kTaperLength = 0.02;
 
 // All spokes are black. Each spoke has a different opacity.
 constexpr double kMaxOpacity = 0.72;
@@ -24,7 +24,7 @@ xcb_render_fixed_t toFixed(double value) {
   return static_cast<xcb_render_fixed_t>(std::lround(value * 65536));
 }
 
-std::uint16_t toComponent(double value) {
+std::uint16_t toColorComponent(double value) {
   return static_cast<std::uint16_t>(std::lround(value * 65535));
 }
 
@@ -50,7 +50,7 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
     shades_.at(i) = connection_.makeId();
     const double opacity = kMaxOpacity + (kMinOpacity - kMaxOpacity) * i / (kSpokes - 1);
     connection_.track(xcb_render_create_solid_fill(connection_.get(), shades_.at(i),
-                                                   {0, 0, 0, toComponent(opacity)}),
+                                                   {0, 0, 0, toColorComponent(opacity)}),
                       "RenderCreateSolidFill", window_);
   }
 }
@@ -68,8 +68,9 @@ Spinner::~Spinner() {
 void Spinner::draw(unsigned position) {
   const auto length = static_cast<std::uint16_t>(side_);
   const xcb_rectangle_t wholePicture{0, 0, length, length};
-  const xcb_render_color_t background{toComponent(background_.red), toComponent(background_.green),
-                                      toComponent(background_.blue), toComponent(1)};
+  const xcb_render_color_t background{toColorComponent(background_.red),
+                                      toColorComponent(background_.green),
+                                      toColorComponent(background_.blue), toColorComponent(1)};
   connection_.track(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
                                                background, 1, &wholePicture),
                     "RenderFillRectangles", window_);
@@ -80,26 +81,26 @@ void Spinner::draw(unsigned position) {
   clearWindow(connection_, window_);
 }
 
-// Draws the spoke, a bar with tapered tips, as one triangle strip from the centre outwards.
+// A spoke is a bar with tapered ends. The triangle strip goes from the centre outwards.
 void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t shade) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);
   const double outwardsY = -std::cos(angle);
   const double middle = side_ / 2.0;
   // The width of the bar at a distance from the centre.
-  struct Cut {
+  struct CrossSection {
     double radius;
     double width;
   };
-  constexpr std::array<Cut, 4> kCuts{{{kInnerRadius, kTipWidth},
-                                      {kInnerRadius + kTipLength, kSpokeWidth},
-                                      {kOuterRadius - kTipLength, kSpokeWidth},
-                                      {kOuterRadius, kTipWidth}}};
-  std::array<xcb_render_pointfix_t, 2 * kCuts.size()> points{};
-  for (std::size_t i = 0; i < kCuts.size(); ++i) {
-    const double x = middle + side_ * kCuts.at(i).radius * outwardsX;
-    const double y = middle + side_ * kCuts.at(i).radius * outwardsY;
-    const double halfWidth = side_ * kCuts.at(i).width / 2;
+  constexpr std::array<CrossSection, 4> kCrossSections{{{kInnerRadius, kEndWidth},
+                                                        {kInnerRadius + kTaperLength, kSpokeWidth},
+                                                        {kOuterRadius - kTaperLength, kSpokeWidth},
+                                                        {kOuterRadius, kEndWidth}}};
+  std::array<xcb_render_pointfix_t, 2 * kCrossSections.size()> points{};
+  for (std::size_t i = 0; i < kCrossSections.size(); ++i) {
+    const double x = middle + side_ * kCrossSections.at(i).radius * outwardsX;
+    const double y = middle + side_ * kCrossSections.at(i).radius * outwardsY;
+    const double halfWidth = side_ * kCrossSections.at(i).width / 2;
     points.at(2 * i) = {toFixed(x - halfWidth * outwardsY), toFixed(y + halfWidth * outwardsX)};
     points.at(2 * i + 1) = {toFixed(x + halfWidth * outwardsY), toFixed(y - halfWidth * outwardsX)};
   }

@@ -12,14 +12,13 @@
 
 namespace vel::x11 {
 
-/// Draws a spinner in a window: twelve spokes with different shades. The caller animates the
-/// spinner by calling `draw` after each `kFrameInterval` with the next position of the darkest
-/// spoke. The darkest spoke then goes round once per second. The picture is the background of the
-/// window, so the server repaints the picture after an exposure.
+/// Draws a spinner in a window: twelve spokes with different shades. The spinner is the background
+/// of the window, so the server repaints the spinner after an exposure. To animate the spinner,
+/// call `draw` after each `kFrameInterval` with the next position of the darkest spoke.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;
-  /// The time between two positions of the darkest spoke.
+  /// The darkest spoke goes round once per second.
   static constexpr Nanoseconds kFrameInterval = kNanosecondsPerSecond / kSpokes;
 
   /// `window` is a square of `side` pixels. `format` and `depth` are the window's picture format

@@ -16,8 +16,7 @@ constexpr std::size_t kMotifElementCount = 5;
 
 enum MotifFlag : std::uint32_t { kHasFunctions = 1, kHasDecorations = 2 };
 
-// If a set of functions or decorations contains this bit, the window has all functions or
-// decorations except those in the set.
+// If a set contains this bit, the window has every function or decoration that is not in the set.
 constexpr std::uint32_t kAllExcept = 1;
 
 enum MotifFunction : std::uint32_t {
@@ -54,30 +53,32 @@ constexpr std::array<MotifControl, 3> kMotifControls{{
     {NSWindowStyleMaskClosable, kFunctionClose, kFunctionClose, 0},
 }};
 
-// The elements of WM_NORMAL_HINTS that are used here.
-constexpr std::size_t elementAt(std::size_t offset) { return offset / sizeof(std::uint32_t); }
-constexpr std::size_t kNormalFlags = elementAt(offsetof(xcb_size_hints_t, flags));
-constexpr std::size_t kMinWidth = elementAt(offsetof(xcb_size_hints_t, min_width));
-constexpr std::size_t kMinHeight = elementAt(offsetof(xcb_size_hints_t, min_height));
-constexpr std::size_t kMaxWidth = elementAt(offsetof(xcb_size_hints_t, max_width));
-constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_height));
-constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
+constexpr std::size_t elementIndex(std::size_t byteOffset) {
+  return byteOffset / sizeof(std::uint32_t);
+}
+// The indices of the elements of WM_NORMAL_HINTS that are used here.
+constexpr std::size_t kNormalFlags = elementIndex(offsetof(xcb_size_hints_t, flags));
+constexpr std::size_t kMinWidth = elementIndex(offsetof(xcb_size_hints_t, min_width));
+constexpr std::size_t kMinHeight = elementIndex(offsetof(xcb_size_hints_t, min_height));
+constexpr std::size_t kMaxWidth = elementIndex(offsetof(xcb_size_hints_t, max_width));
+constexpr std::size_t kMaxHeight = elementIndex(offsetof(xcb_size_hints_t, max_height));
+constexpr std::size_t kWinGravity = elementIndex(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
 // Returns a set that has the same meaning as `set` but does not contain `kAllExcept`.
-std::uint32_t resolveInversion(std::uint32_t set, std::uint32_t allBits) {
+std::uint32_t withoutAllExceptBit(std::uint32_t set, std::uint32_t allBits) {
   return (set & kAllExcept) != 0 ? allBits & ~set : set;
 }
 
 std::uint32_t functionsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasFunctions) != 0
-             ? resolveInversion(motif[kMotifFunctions], kEveryFunction)
+             ? withoutAllExceptBit(motif[kMotifFunctions], kEveryFunction)
              : kEveryFunction;
 }
 
 std::uint32_t decorationsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasDecorations) != 0
-             ? resolveInversion(motif[kMotifDecorations], kEveryDecoration)
+             ? withoutAllExceptBit(motif[kMotifDecorations], kEveryDecoration)
              : kEveryDecoration;
 }
 
@@ -162,7 +163,7 @@ StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind, P
   normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
-  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions are those of the content
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // the position excludes decorations
   if ((styleMask & NSWindowStyleMaskResizable) == 0) {
     fixSize(normal, frame);
   }

@@ -128,6 +128,7 @@ bool WindowInspector::isMaximizedOrFullscreen(const WindowState& state) const {
 bool WindowInspector::hasFocus(const WindowInspection& inspection) {
   xcb_window_t window = inspection.inputFocus == nullptr ? xcb_window_t{XCB_INPUT_FOCUS_NONE}
                                                          : inspection.inputFocus->focus;
+  // A descendant of the inspected window may have the focus.
   while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != connection_.root()) {
     if (window == inspection.id) {
       return true;

@@ -37,13 +37,13 @@ std::string hexadecimal(std::uint64_t number) {
   return "0x" + std::string(std::as_const(digits).data(), end);
 }
 
-// Returns true if the server sent the event because SubstructureNotify is selected on `parent`. The
-// event is then about a child of `parent`. All such events begin with the same fields.
+// Returns true if the server sent the event because SubstructureNotify is selected on `parent`.
 bool isSubstructureEvent(const xcb_generic_event_t& event, xcb_window_t parent) {
   const int type = typeOf(event);
   if (type < XCB_CREATE_NOTIFY || type > XCB_CIRCULATE_NOTIFY) {
     return false;
   }
+  // All substructure events begin with the same fields.
   const auto notice = eventAs<xcb_destroy_notify_event_t>(event);
   return notice.event == parent && notice.window != parent;
 }
@@ -135,6 +135,7 @@ void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint
   updateShield(window);
 }
 
+// The shield takes the window's pointer input while another window is modal.
 void X11WindowSystem::updateShield(Window& window) {
   if (needsShield(window)) {
     window.cover->openShield();
@@ -346,7 +347,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
   }
   const RequestBatch batch(*connection_);
   const bool mustSetFocus = focus_.requestFocus(*window);
-  // A window that is being mapped is not viewable yet. Its MapNotify event will cause the update.
+  // A window that is being mapped gets the focus after its MapNotify event.
   if (mustSetFocus && !window->isBeingMapped) {
     monitor_.update(*window);  // sets the focus if the window is viewable
   }
@@ -381,7 +382,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
       relay_.prepareOverride(*window, styleMask);
     }
     window->style->setMask(styleMask, window->frame);
-    // `setMask` may have started or cancelled the restoration of the hints.
+    // `begin` must follow each call that may override or restore the hints.
     restorer_.begin(*window);
     relay_.stopIfUnused();
     monitor_.reportOwnersStyleMask(*window);
@@ -481,8 +482,8 @@ bool X11WindowSystem::processEvents() {
   for (auto& [id, window] : windows_) {
     window.cover->logMissedMapDeadline(now);
   }
-  // `logErrors` ignores the errors of requests on destroyed windows. So log errors only if no event
-  // is queued: a queued event may be a DestroyNotify.
+  // Handle the queued events first: after a DestroyNotify, `logErrors` ignores the errors of
+  // requests on the destroyed window.
   if (!connection_->pollForQueuedEvent()) {
     connection_->logErrors();
   }
@@ -504,7 +505,8 @@ bool X11WindowSystem::handleArrivedEvents() {
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   if (isSubstructureEvent(event, connection_->root())) {
-    return;  // no class uses these events, but `selectStateRequests` selects them too
+    // `WindowManager` selects these events only to receive _NET_WM_STATE messages.
+    return;
   }
   for (auto& [id, window] : windows_) {
     window.cover->handle(event);
