@@ -13,8 +13,8 @@ namespace {
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
 constexpr double kSpokeWidth = 0.09;
-constexpr double kEndWidth = 0.05;
-constexpr double kTaperLength = 0.02;
+constexpr double kTipWidth = 0.05;
+constexpr double kTipLength = 0.02;
 
 // All spokes are black. Each spoke has a different opacity.
 constexpr double kMaxOpacity = 0.72;
@@ -81,7 +81,7 @@ void Spinner::draw(unsigned position) {
   clearWindow(connection_, window_);
 }
 
-// A spoke is a bar with tapered ends. The triangle strip goes from the centre outwards.
+// A spoke is a bar with tapered tips. The triangle strip goes from the centre outwards.
 void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t shade) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);
@@ -92,10 +92,10 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t shade) {
     double radius;
     double width;
   };
-  constexpr std::array<CrossSection, 4> kCrossSections{{{kInnerRadius, kEndWidth},
-                                                        {kInnerRadius + kTaperLength, kSpokeWidth},
-                                                        {kOuterRadius - kTaperLength, kSpokeWidth},
-                                                        {kOuterRadius, kEndWidth}}};
+  constexpr std::array<CrossSection, 4> kCrossSections{{{kInnerRadius, kTipWidth},
+                                                        {kInnerRadius + kTipLength, kSpokeWidth},
+                                                        {kOuterRadius - kTipLength, kSpokeWidth},
+                                                        {kOuterRadius, kTipWidth}}};
   std::array<xcb_render_pointfix_t, 2 * kCrossSections.size()> points{};
   for (std::size_t i = 0; i < kCrossSections.size(); ++i) {
     const double x = middle + side_ * kCrossSections.at(i).radius * outwardsX;
