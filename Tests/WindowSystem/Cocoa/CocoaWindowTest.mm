@@ -121,6 +121,10 @@ class CocoaWindowTest : public testing::Test {
     [native setContentView:content];
     [native makeKeyAndOrderFront:nil];
     EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
+    // The window manager may still be adding its frame. The window then loses its picture, and
+    // AppKit draws it again.
+    display.waitForManager();
+    EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
     const auto adopted = system->adoptWindow(CocoaWindow{.window = native}, error);
     window = adopted ? adopted->handle : WindowHandle::None;
   }
