@@ -12,6 +12,7 @@ namespace vel::host {
 /// Holds only weak references to the resolvers.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
+  /// `resolver` must not be null. Always returns true.
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {
     for (const Strong<NSString>& engine : resolver->supportedEngines()) {
       resolvers_[std::string(engine->UTF8String())] = resolver;
@@ -19,8 +20,8 @@ class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, 
     return true;
   }
 
-  /// Returns the resolver of the engine. Returns null if no resolver is registered or if the
-  /// resolver no longer exists.
+  /// Returns the resolver of the engine. Returns null if no resolver is registered for the engine
+  /// or if the resolver no longer exists.
   [[nodiscard]] Strong<ContentResolver> resolverForEngine(std::string_view engine) const {
     const auto entry = resolvers_.find(engine);
     return entry == resolvers_.end() ? nullptr : entry->second.lock();

@@ -69,8 +69,7 @@ void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t appe
   if (!isShown_ || appearanceId != currentAppearanceId_) {
     return;
   }
-  // In the case of `viewDidDisappear`, the appearance ends before the call, because the method may
-  // show the controller again.
+  // Set before the call, because `viewDidDisappear` may show the controller again.
   isShown_ = method != LifeCycleMethod::DidDisappear;
   if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;

@@ -12,8 +12,8 @@ namespace vel {
 
 namespace detail {
 
-// A result type of `send`. For a null receiver, `send` returns `R()`, which does not compile for a
-// reference type.
+// A type that `send` can return. For a null receiver, `send` returns `R()`, which does not compile
+// for a reference type.
 template <class R>
 concept MessageResult = !std::is_reference_v<R>;
 

@@ -11,7 +11,7 @@ namespace vel {
 /// The name of a notification. The string must live as long as the process.
 using NSNotificationName = std::string_view;
 
-/// A notification: the name of an event, and the object to which the event happened.
+/// A notification: the name of an event, and the object, if any, to which the event happened.
 class VEL_EXPORT NSNotification {
  public:
   /// `object` may be null.

@@ -14,8 +14,8 @@ class VEL_EXPORT TimerObserver : NonCopyable {
  public:
   virtual ~TimerObserver() = default;
 
-  /// Called each time `timer` fires, after the call of its target has returned. `target` is
-  /// null if the timer was made without a target.
+  /// Called each time `timer` fires, after the timer has called `target`. `target` is null if the
+  /// timer was made without a target.
   virtual void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) {}
 };
 

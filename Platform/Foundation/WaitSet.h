@@ -8,10 +8,9 @@
 
 namespace vel {
 
-/// The events that the run loop waits for in real time: a deadline, wake-ups from other threads,
-/// and input on one watched handle. The run loop owns its wait set. Each operating system has its
-/// own implementation, and CMake chooses the implementation. Any thread may call `wake`. All other
-/// operations run on the main thread.
+/// The events that the run loop waits for: a deadline, wake-ups from other threads, and input on
+/// one watched handle. The run loop owns its wait set. CMake chooses the implementation for the
+/// operating system. Any thread may call `wake`. All other operations run on the main thread.
 class WaitSet : NonCopyable {
  public:
   virtual ~WaitSet() = default;
@@ -29,8 +28,9 @@ class WaitSet : NonCopyable {
   /// during this call, that wake-up may also be cleared.
   virtual void acknowledgeWakeUps() = 0;
 
-  /// A handle for a host's own loop. Its descriptor is readable exactly when `wait` would return
-  /// immediately. The handle is invalid on a system without descriptors.
+  /// A handle that a host program can poll in its own event loop. Its descriptor is readable
+  /// exactly when `wait` would return immediately. The handle is invalid on a system without
+  /// descriptors.
   [[nodiscard]] virtual WaitHandle handle() const = 0;
 };
 

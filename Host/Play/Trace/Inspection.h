@@ -16,8 +16,8 @@ namespace vel::host {
 
 class WindowNames;
 
-/// The state that a host can observe at one moment. A member whose name begins with `has` is true
-/// if the named object exists. Windows are represented by their names in the scenario.
+/// The state of a LaunchScreenManager and of the application at one moment. A window is represented
+/// by the name that WindowNames gives it. Times are in seconds.
 struct Inspection {
   struct Manager {
     bool hasContent = false;
@@ -29,6 +29,7 @@ struct Inspection {
     bool launchScreenExpired = false;
     bool launchShouldBeClosed = false;
   };
+  /// The default LaunchScreenConfiguration.
   struct Configuration {
     bool hasViewController = false;
     bool skipMode = false;
@@ -39,19 +40,19 @@ struct Inspection {
     std::string domain;
     std::int64_t code = 0;
   };
-  /// The main content of the manager.
+  /// The content that `LaunchScreenManager::content` returns.
   struct Content {
     std::uint64_t state = 0;
     std::optional<Error> error;
     bool hasContentRequest = false;
   };
-  /// The view controller of the main content.
+  /// The view controller of this content.
   struct Controller {
     std::int32_t presentationMode = 0;
     /// The host window whose style the controller overrides.
     std::optional<std::string> appWindow;
-    /// The style of `appWindow` before the controller overrode it. All bits are set if the
-    /// controller has saved no style.
+    /// The style mask that the controller saved before it overrode the style of `appWindow`. All
+    /// bits are set if the controller has saved no mask.
     NSWindowStyleMask appWindowStyleMask = 0;
     /// The number of delegates, or `std::nullopt` if the list of delegates does not exist.
     std::optional<std::size_t> delegateCount;

@@ -23,6 +23,8 @@ struct WindowState {
     return attributes != nullptr && geometry != nullptr && origin != nullptr;
   }
   // The following operations require that `isComplete` returns true.
+
+  /// The rectangle of the window, in coordinates of the root window.
   [[nodiscard]] PixelRect frame() const {
     return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
   }
@@ -34,7 +36,8 @@ struct WindowState {
   [[nodiscard]] bool isIconic() const;
 };
 
-/// What the back end needs to know about a window before it adopts the window.
+/// What the back end reads before it adopts a window. An adopted window was created by another
+/// program or by the host, not by us.
 struct WindowInspection {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowState state;
@@ -57,7 +60,7 @@ class WindowInspector final : public NonCopyable {
 
   WindowState readState(xcb_window_t id);
   WindowInspection inspect(xcb_window_t id);
-  /// Returns why the window cannot be adopted; null if it can.
+  /// Returns a text that says why the window cannot be adopted; null if it can be adopted.
   const char* reasonNotToAdopt(const WindowInspection& inspection);
   /// Returns true if the window is fullscreen, or maximised in at least one direction.
   [[nodiscard]] bool isMaximizedOrFullscreen(const WindowState& state) const;

@@ -11,15 +11,15 @@
 
 namespace vel::x11 {
 
-/// The running window manager. This class ignores a window manager that does not support the
-/// extended window manager hints (EWMH). A window manager may start, end and be replaced at any
-/// time. The constructor only requests the window manager's properties. The replies are read when
-/// they are first needed, so that opening the display does not block for a round trip.
+/// The running window manager. It may start, end or be replaced at any time. A window manager that
+/// does not support the extended window manager hints (EWMH) counts as not running.
 class WindowManager final : public NonCopyable {
  public:
+  /// Requests the window manager's properties, but does not block for the replies. The first
+  /// operation that needs the replies blocks for them.
   explicit WindowManager(Connection& connection);
 
-  /// Processes an event. Returns true if a window manager has started or ended.
+  /// Processes an event. Returns true if a window manager has started, ended or been replaced.
   bool handle(const xcb_generic_event_t& event);
 
   /// Returns true if a window manager is running.
@@ -33,24 +33,25 @@ class WindowManager final : public NonCopyable {
   /// the stacking order. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
-  /// Asks the window manager to give `window` the focus. `time` is the server time in the request.
-  /// A window manager may refuse the request if `time` is old.
+  /// Asks the window manager to give `window` the focus. The request contains `time`, a time of the
+  /// server. A window manager may refuse the request if `time` is old.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
   /// Returns the controls (close, miniaturise, resize) that the window manager offers for `window`.
-  /// Returns 0 if no window manager is running. If the _NET_WM_ALLOWED_ACTIONS of the window
-  /// manager is known to be unreliable, returns the controls that the window manager never removes.
-  /// Otherwise returns no value if the window manager does not support this property. May block for
-  /// round trips.
+  /// May block for round trips. Special cases:
+  /// - No window manager is running: returns 0.
+  /// - The window manager is known to write an unreliable _NET_WM_ALLOWED_ACTIONS: returns the
+  ///   controls that the window manager never removes.
+  /// - The window manager does not support _NET_WM_ALLOWED_ACTIONS: returns no value.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a
   /// round trip.
   [[nodiscard]] bool repliesToFrameExtentsRequests();
 
-  /// Whether we receive copies of the state requests: the _NET_WM_STATE messages that clients send
-  /// to the window manager.
+  /// Whether we receive the state requests: the _NET_WM_STATE messages that clients send to the
+  /// window manager.
   enum class StateRequests : std::uint8_t { Ignored, Received };
   void selectStateRequests(StateRequests stateRequests);
 
@@ -70,9 +71,11 @@ class WindowManager final : public NonCopyable {
 
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
-  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // None if no window manager is running
-  std::string name_;                            // empty until it has been read
-  std::vector<std::uint32_t> supportedAtoms_;   // the value of _NET_SUPPORTED
+  // The window that the running window manager has created to announce itself. None if no window
+  // manager is running.
+  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;
+  std::string name_;                           // empty until it has been read
+  std::vector<std::uint32_t> supportedAtoms_;  // the value of _NET_SUPPORTED
   StateRequests stateRequests_ = StateRequests::Ignored;
 };
 

@@ -17,8 +17,10 @@ void writeProperties(Connection& connection, xcb_window_t window,
     changeProperty(connection, window, name, value);
   };
   const auto atom = [&connection](Atom name) { return connection.atom(name); };
+  // The instance name and the class name.
   const std::string wmClass = description.className + '\0' + description.className + '\0';
   write(XCB_ATOM_WM_CLASS, Property::ofText(XCB_ATOM_STRING, wmClass));
+  // Sets the field `input` to true: the window accepts the focus.
   constexpr std::array<std::uint32_t, XCB_ICCCM_NUM_WM_HINTS_ELEMENTS> kInputHints{
       XCB_ICCCM_WM_HINT_INPUT, 1};
   write(XCB_ATOM_WM_HINTS, Property::ofNumbers(XCB_ATOM_WM_HINTS, kInputHints));

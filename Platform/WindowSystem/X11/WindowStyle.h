@@ -12,20 +12,22 @@ namespace vel::x11 {
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
 /// WM_NORMAL_HINTS. For a window that we create, this class writes the hints.
 ///
-/// The owner of an adopted window is the program that created the window. While the style mask
-/// differs from the owner's mask, this class overrides _MOTIF_WM_HINTS. Afterwards, this class
-/// restores the owner's value byte for byte.
+/// An adopted window was created by its owner: another program or the host. The owner's mask is the
+/// style mask that the owner's hints express. The back end reports the owner's mask at the
+/// adoption, and again when it has changed. To apply another mask, this class overrides
+/// _MOTIF_WM_HINTS. Later, this class restores the owner's value byte for byte.
 ///
-/// This class never changes WM_NORMAL_HINTS of an adopted window: with a fixed size in the
-/// property, window managers would also refuse the owner's own requests for another size. This
-/// class never changes WM_PROTOCOLS: the window manager still asks the owner to close the window.
+/// This class never changes WM_NORMAL_HINTS of an adopted window: a fixed size in this property
+/// would also make window managers refuse the owner's requests for another size. This class never
+/// changes WM_PROTOCOLS, so the window manager can still ask the owner to close the window.
 ///
 /// The table shows _MOTIF_WM_HINTS of an adopted window after each write.
 /// - A to D are values or "no property".
+/// - A value may contain a set of functions, a set of decorations, or both.
 /// - "B - controls" is B without the functions and decorations that the mask excludes.
 /// - "The event" is the PropertyNotify event for the owner's write.
 /// - The last column is the value that restoring would write. `HintOverride` computes it.
-/// - In the last five rows, the owner's value is C before the write.
+/// - In the rows after "owner, while overridden: C", the owner's value is C before the write.
 ///
 ///   who writes, and when                       the window has             restoring writes
 ///   -----------------------------------------  -------------------------  ----------------------
@@ -46,9 +48,9 @@ namespace vel::x11 {
 ///     property                                   event comes; then a value
 ///                                                without the controls
 ///   we, in restore                             C                          nothing
-///   we, in restore, if C does not contain      a value with both sets,    nothing
-///     both a set of functions and a set of       until `finishRestoring`;
-///     decorations                                then C
+///   we, in restore, if C does not contain      C and the missing sets,    nothing
+///     both sets                                  until `finishRestoring`;
+///                                                then C
 class WindowStyle final : public NonCopyable {
  public:
   /// For a window that we create. Writes the hints.
@@ -59,12 +61,12 @@ class WindowStyle final : public NonCopyable {
   ~WindowStyle();
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
-  /// The controls that the mask removes. For an adopted window, only those that the owner's hints
-  /// allow.
+  /// The controls (close, miniaturise, resize) that the mask does not contain. For an adopted
+  /// window, excludes the controls that the owner's hints already remove.
   [[nodiscard]] NSWindowStyleMask removedControls() const;
 
   /// Sets the style mask. `frame` is the frame of the window. For an adopted window, restores the
-  /// hints if `styleMask` is the owner's last reported mask, and overrides the hints otherwise.
+  /// hints if `styleMask` is the last reported owner's mask, and overrides the hints otherwise.
   /// Restoring blocks for a round trip to the X server. Overriding does not block, so that a launch
   /// screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
@@ -72,24 +74,23 @@ class WindowStyle final : public NonCopyable {
   /// Call this before the window gets another size: with the previous size in the hints, the window
   /// manager could refuse the new size. Does nothing for an adopted window.
   void updateSizeHints(PixelRect frame);
-  /// Call this after a program has written the hints of an adopted window. Reads the hints, and
-  /// overrides the new value too if `isOverridden` is true. Blocks for a round trip. Does nothing
-  /// for a window that we create.
+  /// Call this when the hints of an adopted window have changed. Reads the hints. If `isOverridden`
+  /// is true, also overrides the value that it has read. Blocks for a round trip. Does nothing for
+  /// a window that we create.
   void handleHintChange();
 
-  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
-  /// value does not contain both a set of functions and a set of decorations, this function may
-  /// write a value with both sets instead of the owner's value. `isRestoring` is then true, and
-  /// `finishRestoring` must follow.
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If `isRestoring`
+  /// is true after this call, the caller must call `finishRestoring` later.
   void restore();
-  /// True while the property has the value with both sets. The window manager must read this value
-  /// before `finishRestoring` writes the owner's value. Otherwise some window managers continue to
-  /// apply our set of functions when the owner's value contains no such set.
+  /// True while the property has a temporary value that `restore` has written. The owner's value
+  /// then lacks the set of functions or the set of decorations. The temporary value contains both
+  /// sets. The window manager must read the temporary value before `finishRestoring` writes the
+  /// owner's value. Otherwise some window managers continue to apply the set that we wrote.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
-  /// Writes the owner's value. If the owner has written another value since `restore`, the other
-  /// value stays. Blocks for a round trip.
+  /// Replaces the temporary value with the owner's value. Keeps a value that the owner has written
+  /// since `restore`. Blocks for a round trip.
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
@@ -102,15 +103,15 @@ class WindowStyle final : public NonCopyable {
   /// True from `allowResizing` until `restore`.
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
-  /// The owner's style mask. No value if this mask has been reported, if the hints are overridden,
-  /// or if we created the window.
+  /// The owner's mask. No value if the back end has already reported this mask, if the hints are
+  /// overridden, or if we created the window.
   [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersStyleMask() const;
-  /// Call this when you report the owner's mask. `mask` then returns the owner's mask.
+  /// Call this when the back end reports the owner's mask. `mask` then returns the owner's mask.
   void markOwnersStyleMaskReported();
 
  private:
   /// The reply to a request for _MOTIF_WM_HINTS that we sent just before we overrode the property.
-  /// The reply contains `expectedValue` unless the owner has written another value.
+  /// The reply contains `expectedValue` unless the owner changed the property before our request.
   struct PendingMotifReply {
     xcb_get_property_cookie_t cookie;
     HintValue expectedValue;
@@ -124,6 +125,7 @@ class WindowStyle final : public NonCopyable {
 
   void readHints();
   void readPendingMotifReplies();
+  // Returns the owner's value without the functions and decorations that we remove.
   [[nodiscard]] HintValue restrictedMotif() const;
   void writeMotif(const HintValue& value);
 

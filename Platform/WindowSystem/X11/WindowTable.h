@@ -14,13 +14,13 @@ class WindowTable final : public NonCopyable {
   void remove(xcb_window_t id);
   void clear();
 
-  /// Each of these functions returns null if there is no such window.
+  /// Returns null if the table does not contain the window.
   [[nodiscard]] Window* find(xcb_window_t id);
   [[nodiscard]] Window* find(WindowHandle handle) {
     return find(static_cast<xcb_window_t>(handle));
   }
-  /// Returns the window with this id. If `id` is an X window of a cover, returns the window that
-  /// the cover hides.
+  /// Returns the window with this id. If `id` is an X window of a cover, returns the window whose
+  /// content the cover hides. Returns null if no window or cover has this id.
   [[nodiscard]] Window* findByIdOrCoverId(xcb_window_t id);
 
   // For range-based loops over pairs of id and window.
