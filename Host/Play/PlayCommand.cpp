@@ -38,8 +38,7 @@ std::string readFile(const std::string& name) {
   return text;
 }
 
-/// Prints the trace lines of a scenario. If `timeline` is not null, also passes the trace lines and
-/// each `PlayState` to it.
+/// Prints each trace line. Also passes each call to `timeline`, which may be null.
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
@@ -60,9 +59,8 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The SVG file that the option `--timeline` names. The picture shows what happens in the scenario.
-/// The constructor opens the file. Construct this object before the scenario is played, so that no
-/// trace is printed if the file cannot be opened.
+/// The SVG file that the option `--timeline` names. Construct this object before the scenario is
+/// played, so that no trace is printed if the file cannot be opened.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.

@@ -34,8 +34,9 @@ extern "C" void writeSignalToPipe(int signal) {
 
 }  // namespace
 
-/// A pipe to which the signal handler writes the number of each signal. The constructor sets signal
-/// actions and a signal mask. The destructor restores the previous actions and the previous mask.
+/// A pipe to which the signal handler writes the number of each termination signal. The constructor
+/// installs the handler, unblocks these signals and ignores SIGPIPE. The destructor restores the
+/// previous signal actions and the previous signal mask.
 class HostLoop::SignalPipe : private NonCopyable {
  public:
   SignalPipe() {
@@ -62,8 +63,8 @@ class HostLoop::SignalPipe : private NonCopyable {
       }
     }
     pthread_sigmask(SIG_UNBLOCK, &handledSignals, &previousMask_);
-    // If the program that reads our output has exited, writing raises SIGPIPE. SIGPIPE must not end
-    // our process, because the host must still restore the window under the launch screen.
+    // Writing to a program that has exited raises SIGPIPE. The signal would end this process before
+    // it restores the window under the launch screen.
     sigaction(SIGPIPE, nullptr, &previousSigpipeAction_);
     setHandler(SIGPIPE, SIG_IGN);
   }
@@ -85,7 +86,7 @@ class HostLoop::SignalPipe : private NonCopyable {
   /// The descriptor that becomes readable after a signal.
   [[nodiscard]] int readEnd() const { return readEnd_; }
 
-  /// Returns the number of the oldest unread signal, or 0.
+  /// Returns the number of the oldest unread signal. Returns 0 if no signal is unread.
   [[nodiscard]] int readSignal() const {
     unsigned char signal = 0;
     return read(readEnd_, &signal, 1) == 1 ? signal : 0;
@@ -116,7 +117,7 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
     if (isDone()) {
       return 0;
     }
-    // `poll` ignores a negative descriptor.
+    // Without a handler, the loop must not read the input. `poll` ignores a negative descriptor.
     std::array<pollfd, 3> sources{{{loop.waitHandle().descriptor(), POLLIN, 0},
                                    {signalPipe_->readEnd(), POLLIN, 0},
                                    {enterHandler_ ? STDIN_FILENO : -1, POLLIN, 0}}};
@@ -135,11 +136,11 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
 }
 
 void HostLoop::readInput() {
-  // Reading the terminal from a background job would suspend the process. `tcgetpgrp` returns a
-  // negative value if the input is not our controlling terminal.
+  // Reading the terminal from a background job would suspend the process. If the input is not our
+  // controlling terminal, `tcgetpgrp` returns a negative value.
   const pid_t foregroundGroup = tcgetpgrp(STDIN_FILENO);
   if (foregroundGroup >= 0 && foregroundGroup != getpgrp()) {
-    enterHandler_ = nullptr;
+    enterHandler_ = nullptr;  // stops reading the input
     return;
   }
   std::array<char, 256> input{};

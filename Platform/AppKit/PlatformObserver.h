@@ -14,12 +14,10 @@ class NSWindow;
 /// The life-cycle methods of a view controller, such as `viewWillAppear`.
 enum class LifeCycleMethod : std::uint8_t { WillAppear, DidAppear, WillDisappear, DidDisappear };
 
-/// Whether a window stops being the key window or becomes the key window.
 enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
 
-/// Receives the events of the platform layer, for example for a trace or a test. The platform
-/// layer calls the observer on the main thread when an event happens. The observer must not change
-/// the objects that it receives.
+/// Receives the events of the platform layer. The platform layer calls the observer on the main
+/// thread. The observer must not change the objects that it receives.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
   /// A life-cycle method of a view controller has been called.
@@ -42,9 +40,9 @@ VEL_EXPORT inline PlatformObserver* platformObserver = nullptr;
 
 }  // namespace detail
 
-/// Makes `observer` the platform observer and the timer observer. Null removes both observers.
-/// Returns the previous platform observer. The caller owns `observer` and must remove it before
-/// destroying it. Only the main thread may call this function.
+/// Sets the platform observer. `observer` also becomes the timer observer. Null removes both
+/// observers. Returns the previous platform observer. The caller owns `observer` and must remove it
+/// before destroying it. Only the main thread may call this function.
 inline PlatformObserver* setPlatformObserver(PlatformObserver* observer) {
   setTimerObserver(observer);
   return std::exchange(detail::platformObserver, observer);

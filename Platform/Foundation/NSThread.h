@@ -4,11 +4,10 @@
 
 namespace vel {
 
-/// Identifies the main thread.
+/// At first, the main thread is the thread that loaded the library.
 class VEL_EXPORT NSThread {
  public:
-  /// Returns true if the caller runs on the main thread. The main thread is the thread that loaded
-  /// the library, until another thread calls `becomeMainThread`.
+  /// Returns true if the calling thread is the main thread.
   static bool isMainThread();
   /// Makes the calling thread the main thread. A host that loads the library on one thread and
   /// opens its windows on another thread must call this function. No part of the platform layer may

@@ -17,7 +17,7 @@ inline constexpr Nanoseconds kNever = std::numeric_limits<Nanoseconds>::max();
 /// Converts seconds to nanoseconds and rounds to the nearest integer. Returns 0 for NaN, and
 /// `kNever` or `-kNever` for a value that is out of range.
 [[nodiscard]] inline Nanoseconds nanosecondsFromSeconds(double seconds) {
-  constexpr double kLimit = 9.2e18;
+  constexpr double kLimit = 9.2e18;  // slightly less than `kNever`
   const double nanoseconds = seconds * static_cast<double>(kNanosecondsPerSecond);
   if (std::isnan(nanoseconds)) {
     return 0;

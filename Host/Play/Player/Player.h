@@ -15,14 +15,13 @@ namespace vel::host {
 
 enum class PlayOutcome : std::uint8_t {
   PlayedToEnd,
-  /// The scenario was not played to its end: a collection was changed while it was being
-  /// enumerated.
+  /// An NSCollectionMutatedError ended the scenario early.
   CollectionMutated
 };
 
 /// Plays a scenario once. The player acts as the host, the program that uses the library. The
 /// player uses a headless window system and virtual time. It passes each trace line and each
-/// `PlayState` to a listener. Use it only on the main thread.
+/// `PlayState` to a `PlayListener`. Only the main thread may use a player.
 class Player final : private PlatformObserver {
  public:
   /// Opens the host's windows and creates the LaunchScreenManager. The trace does not contain these
@@ -55,13 +54,15 @@ class Player final : private PlatformObserver {
 
   Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
+  // Returns the manager's main or temporary content, or null. The main content is the launch
+  // screen. A temporary content holds a request that arrives while a launch screen is shown.
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
   // `content` must be a LaunchScreenContent or null. Returns `std::nullopt` for null.
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // Returns the view controller of the manager's main content, or null.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover (a LaunchScreenViewController) is shown. Removes from `covers_` the covers that
-  // are no longer shown.
+  // Returns true if a cover (a LaunchScreenViewController) is shown. Removes from `covers_` the
+  // covers that are no longer shown.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -94,15 +95,13 @@ class Player final : private PlatformObserver {
   WindowNames windowNames_;
   std::vector<Strong<NSWindow>> windows_;  // the host's windows, including closed windows
   Strong<HostBroker> broker_;
-  Strong<NSObjectProtocol> resolverDelegate_;
+  Strong<NSObjectProtocol> resolverDelegate_;  // the manager's delegate, or null
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  // The main content that the manager creates. The content can still exist after the
-  // manager has released it.
+  // These contents can outlive the manager's references to them.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
-  // The covers that have started to appear. `isCovered` removes the covers that are no longer
-  // shown.
+  // The covers that have started to appear.
   std::vector<Weak<LaunchScreenViewController>> covers_;
   // The controllers that `step::PresentOver` has presented as sheets over a cover, oldest first.
   std::vector<Strong<NSViewController>> controllersOverCover_;

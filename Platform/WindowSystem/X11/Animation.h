@@ -5,16 +5,15 @@
 
 namespace vel::x11 {
 
-/// Animates the spinners in the covers (`Cover`) of all windows on screen. All spinners change at
-/// the same time.
+/// Animates the spinners of all windows on screen. A spinner is a part of a window's `Cover`. All
+/// spinners change at the same time.
 class Animation final : public NonCopyable {
  public:
   explicit Animation(WindowTable& windows) : windows_(windows) {}
 
   /// The time of the next step of the animation; `kNever` if no spinner on screen is animated.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// If `deadline` has passed, draws all animated spinners on screen as they look at the time
-  /// `now`.
+  /// If `deadline` has passed, draws all animated spinners on screen for the time `now`.
   void advance(Nanoseconds now);
 
  private:

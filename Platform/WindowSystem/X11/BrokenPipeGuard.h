@@ -14,7 +14,7 @@ class BrokenPipeGuard final : public NonCopyable {
   ~BrokenPipeGuard();
 
  private:
-  bool hasBlockedSignal_ = false;  // false if the signal was blocked before this guard existed
+  bool hasBlockedSignal_ = false;  // false if the signal was already blocked
 };
 
 }  // namespace vel::x11

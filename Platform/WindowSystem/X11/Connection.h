@@ -72,26 +72,27 @@ class Connection final : public NonCopyable {
   /// the root window as a surface of its own. Blocks until the server has replied to the requests
   /// that the constructor and `requestMonitorName` have sent.
   [[nodiscard]] bool isXwayland();
-  /// Requests the text of the atom `name`, which must be the name of a monitor. `isXwayland` uses
-  /// the text. Only the first call has an effect.
+  /// Requests the name of a monitor. `name` is the atom of the name. `isXwayland` recognises early
+  /// versions of Xwayland by this name. Only the first call has an effect.
   void requestMonitorName(xcb_atom_t name);
 
   /// Returns the next event that has arrived, or null. Does not block. Remembers errors for
   /// `logErrors`.
   Event nextEvent();
-  /// Returns true if an event has arrived. Reads from the connection, but does not block.
+  /// Returns true if there is an event or an error that `nextEvent` has not processed yet. Reads
+  /// from the connection, but does not block.
   bool pollForEvent();
-  /// Returns true if an event has already been read from the connection, and `nextEvent` has not
-  /// returned it yet. `poll` on the connection's descriptor does not report such an event.
+  /// Like `pollForEvent`, but does not read from the connection. `poll` on the connection's
+  /// descriptor does not report an event that has already been read.
   bool pollForQueuedEvent();
 
-  /// Blocks until an event comes for which `isExpected` returns true. `nextEvent` still returns the
-  /// event. Returns false if the deadline passes or the connection breaks.
+  /// Passes each event to `isExpected`, and blocks until it returns true. `nextEvent` still returns
+  /// all of these events. Returns false if the deadline passes or the connection breaks.
   bool waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& isExpected,
                     Nanoseconds deadline);
 
-  /// Remembers a request on `window` that has just been sent. If the request fails, the log names
-  /// the request. `request` is the request's name and must be a string literal.
+  /// Call this after sending a request on `window`. If the request fails, the log names the
+  /// request. `request` is the request's name and must be a string literal.
   void track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
     requestLog_.add(cookie.sequence, request, window);
   }
@@ -144,7 +145,7 @@ class Connection final : public NonCopyable {
   std::optional<xcb_query_extension_cookie_t> pendingXwaylandExtension_;
   std::optional<xcb_get_atom_name_cookie_t> pendingMonitorName_;
   bool hasRequestedMonitorName_ = false;
-  bool isXwayland_ = false;  // according to the replies that have been read
+  bool isXwayland_ = false;  // false until a reply shows that the server is Xwayland
 };
 
 }  // namespace vel::x11

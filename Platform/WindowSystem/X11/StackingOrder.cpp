@@ -18,7 +18,7 @@ StackingOrder::StackingOrder(Connection& connection, WindowManager& windowManage
 
 void StackingOrder::handle(const xcb_generic_event_t& event) {
   if (windowManager_.isStackingChange(event)) {
-    deadline_ = 0;
+    deadline_ = 0;  // the next `check` reads the order
     return;
   }
   // The server's ConfigureNotify events contain the sibling that is directly below the window. The
@@ -74,8 +74,9 @@ void StackingOrder::check(Nanoseconds now) {
 
 // The windows on screen, front to back.
 std::vector<WindowHandle> StackingOrder::readOrder() {
-  const auto managersOrder = windowManager_.readStackingOrder();
-  const std::vector<xcb_window_t> backToFront = managersOrder ? *managersOrder : readRootChildren();
+  const auto publishedOrder = windowManager_.readStackingOrder();
+  const std::vector<xcb_window_t> backToFront =
+      publishedOrder ? *publishedOrder : readRootChildren();
   std::vector<WindowHandle> frontToBack;
   for (const xcb_window_t id : std::views::reverse(backToFront)) {
     const Window* const window = windows_.find(id);

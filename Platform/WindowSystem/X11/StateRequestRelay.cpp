@@ -24,6 +24,7 @@ StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& wind
 
 void StateRequestRelay::prepareOverride(Window& window, NSWindowStyleMask styleMask) {
   windowManager_.selectStateRequests(WindowManager::StateRequests::Received);
+  // Some window managers end these states when a window loses the function for resizing.
   if (window.isMaximizedOrFullscreen && (styleMask & NSWindowStyleMaskResizable) == 0) {
     window.style->allowResizing();
   }
@@ -50,9 +51,6 @@ void StateRequestRelay::allowResizing(Window& window) {
   ControlsMonitor::scheduleCheck(window);
 }
 
-// If `preventsResizing` is true, the window is neither maximised nor fullscreen. So the owner's
-// first request to toggle a state adds the state, and the second request to toggle it revokes the
-// first.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   const Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !isOwnersStateRequest(message)) {
@@ -65,6 +63,8 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
     if (data[1] != state && data[2] != state) {
       continue;
     }
+    // `preventsResizing` is true only while the window does not have the state. So the first toggle
+    // requests the state, and the second toggle revokes the request.
     const bool wasRequested = std::erase(states, state) > 0;
     if (data[0] == kActionAdd || (data[0] == kActionToggle && !wasRequested)) {
       states.push_back(state);
@@ -72,15 +72,14 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   }
 }
 
-// The requests that we send also arrive in `handle`. `handle` ignores them, because
-// `preventsResizing` is then false. Our requests add states and never toggle them. So they have no
-// effect if the window manager has already accepted the owner's request.
 void StateRequestRelay::repeatRequests() {
   for (auto& [id, states] : std::exchange(requestedStates_, {})) {
     Window* const window = windows_.find(id);
     if (window == nullptr || states.empty() || !windowManager_.isPresent()) {
       continue;
     }
+    // `handle` also receives the requests sent below. It ignores them, because this call makes
+    // `preventsResizing` false.
     allowResizing(*window);
     const xcb_atom_t fullscreen = connection_.atom(Atom::NetWmStateFullscreen);
     if (std::erase(states, fullscreen) > 0) {
@@ -97,11 +96,13 @@ void StateRequestRelay::repeatRequests() {
 
 void StateRequestRelay::requestStates(xcb_window_t window, xcb_atom_t state,
                                       xcb_atom_t secondState) {
+  // The window manager may have accepted the owner's request already. Then toggling would end
+  // the state, but adding has no effect.
   sendToWindowManager(connection_, window, Atom::NetWmState,
                       {kActionAdd, state, secondState, kSourceApplication});
 }
 
-// Ignores the requests of pagers: a pager sends them for the user, not for the owner.
+// Returns false for a pager's request: a pager sends requests for the user, not for the owner.
 bool StateRequestRelay::isOwnersStateRequest(const xcb_client_message_event_t& message) const {
   return message.type == connection_.atom(Atom::NetWmState) && message.format == 32 &&
          message.data.data32[3] != kSourcePager;

@@ -27,19 +27,18 @@ struct StyleHints {
 /// controls.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// Returns `motif` without the controls that `styleMask` does not contain. If `styleMask` does not
-/// contain the title, the result has no decorations. Adds no control. Returns `motif` unchanged if
-/// nothing needs to be removed. `newType` is the type of the result if `motif` has no value.
+/// Returns a copy of `motif` that allows only the controls in `styleMask`. If `styleMask` does not
+/// contain the title, the copy has no decorations. If nothing needs to be removed, the copy equals
+/// `motif`. `newType` is the type of the copy if `motif` has no value.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
-/// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
-/// of functions and a set of decorations. In the result, a set that `motif` does not contain allows
-/// everything. `newType` is the type of the result if `motif` has no value.
+/// Returns a copy of `motif` with both a set of functions and a set of decorations. If `motif` does
+/// not contain a set, the set in the copy allows everything. `newType` is the type of the copy if
+/// `motif` has no value.
 ///
-/// If a new value does not contain a set, some window managers continue to apply the set of the
-/// previous value. So `WindowStyle::restore` writes this result first, to replace the sets that we
-/// wrote, and then the owner's value.
+/// If a set is missing in a new value, some window managers continue to apply the previous set. So
+/// `WindowStyle` writes the copy before it restores the value `motif`.
 [[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that both the user and the program have set

@@ -36,9 +36,8 @@ struct Channel {
   }
 };
 
-// Returns three bytes for each pixel: red, green and blue. `masks` contains their masks in this
-// order. Allocates no memory in the loop: a slow conversion of a large picture would delay the
-// handling of events.
+// Returns three bytes for each pixel: red, green and blue. `masks` contains the red mask, the green
+// mask and the blue mask.
 std::vector<std::uint8_t> colorBytesOf(std::span<const std::uint8_t> image, std::uint8_t byteOrder,
                                        const std::array<std::uint32_t, 3>& masks) {
   const bool isBigEndian = byteOrder == XCB_IMAGE_ORDER_MSB_FIRST;
@@ -46,6 +45,7 @@ std::vector<std::uint8_t> colorBytesOf(std::span<const std::uint8_t> image, std:
   std::vector<std::uint8_t> bytes(image.size() / kBytesPerPixel * channels.size());
   std::uint8_t* next = bytes.data();
   const std::uint8_t* const end = image.data() + image.size();
+  // Growing `bytes` in this loop would be slow, and would delay the handling of events.
   for (const std::uint8_t* byte = image.data(); byte != end; byte += kBytesPerPixel) {
     std::uint32_t pixel = 0;
     for (unsigned i = 0; i < kBytesPerPixel; ++i) {
