@@ -1,9 +1,8 @@
-// How the launch screen's controller is presented: its view (the cover) is embedded in an existing
-// window, shown in a new modal window, or shown as a sheet. If the cover is embedded in a window
-// without a content view controller, the controller has no parent that could own it. Global
-// variables then own the cover and the controller. Such a cover is called tracked
-// (EmbeddedCover.h). The fixture records events. The event "style 7" means that a window gets the
-// style mask 7.
+// How the launch screen's controller presents its view, the cover. The cover is embedded in an
+// existing window, shown in a new modal window, or shown as a sheet. A tracked cover is embedded in
+// a window without a content view controller. Global variables own the tracked cover and its
+// controller (EmbeddedCover.h). The fixture records events. The event "style 7" means that a window
+// gets the style mask 7.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -20,7 +19,6 @@ class ControllerPresentationTest : public CoverTest {
   void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
     controller->presentForWindowWithPresentationMode(window, mode);
   }
-  // The cover is not shown and not tracked.
   void expectNothingPresented() {
     EXPECT_EQ(controller->view()->window(), nullptr);
     EXPECT_EQ(controller->presentingViewController(), nullptr);
@@ -38,7 +36,7 @@ TEST_F(ControllerPresentationTest, EachPresentationModeHasAFixedValue) {
 
 // Embedded in a window without a content view controller
 
-TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsTrackedAndItsViewIsInTheContentView) {
+TEST_F(ControllerPresentationTest, ACoverWithoutAParentControllerIsTrackedInTheContentView) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(controller->presentationMode(), 0);
@@ -64,19 +62,20 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverMakesTheContentViewLayerBacked
   EXPECT_TRUE(window->contentView()->wantsLayer());
 }
 
-TEST_F(ControllerPresentationTest, TheViewGetsTheFrameOfItsSuperviewInsteadOfTheBounds) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverGetsTheFrameAndNotTheBoundsOfItsSuperview) {
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
   EXPECT_EQ(controller->view()->frame(), CGRectMake(10, 20, 300, 200));
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
+TEST_F(ControllerPresentationTest,
+       AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindowBeforeTheCoverAppears) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
-  bool wasNotified = false;
+  bool wasDelegateCalled = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    wasNotified = true;
+    wasDelegateCalled = true;
     EXPECT_EQ(controller->appWindow(), window);
     EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
@@ -85,7 +84,7 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindow
     EXPECT_EQ(controller->view()->autoresizingMask(), NSViewNotSizable);
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(wasNotified);
+  EXPECT_TRUE(wasDelegateCalled);
 }
 
 TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpens) {
@@ -101,7 +100,8 @@ TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpen
 
 // Embedded in a window with a content view controller
 
-TEST_F(ControllerPresentationTest, TheControllerIsAChildOfTheContentViewControllerAndIsNotTracked) {
+TEST_F(ControllerPresentationTest,
+       TheControllerIsAChildOfTheContentViewControllerAndTheCoverIsNotTracked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
@@ -113,7 +113,7 @@ TEST_F(ControllerPresentationTest, TheControllerIsAChildOfTheContentViewControll
 }
 
 TEST_F(ControllerPresentationTest,
-       AChildCoverGetsTheFrameOfItsSuperviewAndMakesTheSuperviewLayerBacked) {
+       ACoverWithAParentControllerGetsTheFrameOfItsSuperviewAndMakesTheSuperviewLayerBacked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -124,21 +124,21 @@ TEST_F(ControllerPresentationTest,
 }
 
 TEST_F(ControllerPresentationTest,
-       TheControllerBecomesAChildOfTheContentViewControllerBeforeItAppears) {
+       TheControllerBecomesAChildOfTheContentViewControllerBeforeTheCoverAppears) {
   const auto window = openPlayerWindowWithContentViewController();
-  bool wasNotified = false;
+  bool wasDelegateCalled = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    wasNotified = true;
+    wasDelegateCalled = true;
     EXPECT_EQ(controller->parentViewController(), window->contentViewController());
     EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 1280, 720));
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(wasNotified);
+  EXPECT_TRUE(wasDelegateCalled);
 }
 
 // Embedded mode with a null window
 
-TEST_F(ControllerPresentationTest, EmbeddingInANullWindowTracksTheCoverWithoutASuperview) {
+TEST_F(ControllerPresentationTest, ACoverEmbeddedInANullWindowIsTrackedAndHasNoSuperview) {
   controller->view()->setFrame(CGRectMake(1, 2, 3, 4));
   controller->setAppWindow(openPlayerWindow());
   present(nullptr, kEmbedded);
@@ -151,7 +151,7 @@ TEST_F(ControllerPresentationTest, EmbeddingInANullWindowTracksTheCoverWithoutAS
 
 // Several presentations
 
-TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOne) {
+TEST_F(ControllerPresentationTest, ASecondCoverWithoutAParentControllerReplacesTheTrackedCover) {
   const auto window = openPlayerWindow();
   const auto otherWindow = openWindow("PlayerWindow");
   present(window, kEmbedded);
@@ -162,7 +162,7 @@ TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOn
   EXPECT_EQ(controller->appWindow(), window);
 }
 
-TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTheTrackedOne) {
+TEST_F(ControllerPresentationTest, ASecondCoverWithAParentControllerDoesNotReplaceTheTrackedCover) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   const auto secondController = LaunchScreenViewController::init();
@@ -171,7 +171,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTh
   EXPECT_TRUE(isTrackedCover(window->contentView(), controller));
 }
 
-TEST_F(ControllerPresentationTest, ASecondPresentationMovesTheCoverToTheOtherWindow) {
+TEST_F(ControllerPresentationTest, ASecondPresentationMovesTheCoverToTheSecondWindow) {
   const auto firstWindow = openPlayerWindowWithContentViewController();
   const auto secondWindow = openPlayerWindowWithContentViewController();
   present(firstWindow, kEmbedded);
@@ -189,9 +189,9 @@ TEST_F(ControllerPresentationTest,
   present(firstWindow, kEmbedded);
   takeEvents();
   present(secondWindow, kEmbedded);
-  // When the controller leaves the first window, `appWindow` is already the second window. The
-  // controller writes the saved style to the second window and sets `appWindow` to null. When the
-  // controller appears in the second window, `appWindow` is null, so it overrides no style.
+  // When the cover leaves the first window, `appWindow` is already the second window. The
+  // controller writes the first window's saved style to the second window, and sets `appWindow` to
+  // null. When the cover appears in the second window, the controller therefore overrides no style.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(firstWindow->styleMask(), NSWindowStyleMaskTitled);
@@ -215,14 +215,15 @@ TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheCoverInAMo
 }
 
 TEST_F(ControllerPresentationTest,
-       WithoutAContentViewControllerTheControllerPresentsItselfInAModalWindow) {
+       TheControllerPresentsItselfInAModalWindowIfThePlayerWindowHasNoContentViewController) {
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(controller->presentingViewController(), controller);
   ASSERT_NE(controller->view()->window(), nullptr);
   EXPECT_TRUE(controller->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, WithoutAWindowTheControllerPresentsItselfInAModalWindow) {
+TEST_F(ControllerPresentationTest,
+       TheControllerPresentsItselfInAModalWindowIfThePlayerWindowIsNull) {
   present(nullptr, kModalWindow);
   EXPECT_EQ(controller->presentingViewController(), controller);
   EXPECT_NE(controller->view()->window(), nullptr);

@@ -1,7 +1,7 @@
-// Which objects own the launch screen's controller and the LaunchScreenContent, and when the
-// objects of a launch screen are destroyed. A tracked cover is the embedded view of a controller
-// without a parent. Global variables of the library own the view and the controller
-// (EmbeddedCover.h). The library releases both one second after the dismissal.
+// Which objects own the launch screen's controller and content, and when the objects of a launch
+// screen are destroyed. The cover is the launch screen's view. A tracked cover is embedded in a
+// window without a content view controller. Global variables own the tracked cover and its
+// controller (EmbeddedCover.h). The library releases both one second after the cover's dismissal.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -11,7 +11,7 @@ namespace {
 
 class CoverLifetimeTest : public CoverTest {
  protected:
-  // Releases the reference of the test. Other objects may still own the controller.
+  // Releases the fixture's reference to the controller. Other objects may still own the controller.
   Weak<LaunchScreenViewController> releaseController() {
     return std::exchange(controller, nullptr);
   }
@@ -56,7 +56,7 @@ TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
   EXPECT_TRUE(weakRequest.expired());
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverWithoutAnotherOwnerLivesUntilOneSecondAfterItsDismissal) {
+TEST_F(CoverLifetimeTest, ATrackedCoverLivesUntilOneSecondAfterItsDismissal) {
   const auto window = openPlayerWindow();
   controller->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = controller->view();
@@ -78,7 +78,7 @@ TEST_F(CoverLifetimeTest,
   const Weak<NSView> contentView = window->contentView();
   controller->presentForWindowWithPresentationMode(window, 0);
   // The application holds a strong reference to each window on screen. `orderOut` releases this
-  // reference. It also sets `appWindow` to null, so the test sets `appWindow` again.
+  // reference and sets `appWindow` to null.
   window->orderOut();
   controller->setAppWindow(window);
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
@@ -90,7 +90,7 @@ TEST_F(CoverLifetimeTest,
   EXPECT_TRUE(contentView.expired());
 }
 
-TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
+TEST_F(CoverLifetimeTest, ReplacingATrackedCoverDestroysItsControllerButNotTheCover) {
   const auto window = openPlayerWindow();
   controller->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = controller->view();
@@ -109,7 +109,7 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
 
 TEST_F(CoverLifetimeTest, ACoverEmbeddedInANullWindowLivesUntilAnotherCoverReplacesIt) {
   controller->presentForWindowWithPresentationMode(nullptr, 0);
-  // The library releases a dismissed tracked cover only if the view of the cover has a superview.
+  // The library releases a dismissed tracked cover only if the cover has a superview.
   controller->dismiss();
   platform.run(10);
   const Weak<NSView> view = controller->view();
@@ -122,7 +122,7 @@ TEST_F(CoverLifetimeTest, ACoverEmbeddedInANullWindowLivesUntilAnotherCoverRepla
   EXPECT_TRUE(view.expired());
 }
 
-TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilTheCoverIsDismissed) {
+TEST_F(CoverLifetimeTest, TheParentControllerOwnsACoverUntilTheCoverIsDismissed) {
   controller->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
   const auto weakController = releaseController();
   ASSERT_FALSE(weakController.expired());
@@ -211,7 +211,7 @@ TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsTheManagerUntilTheCountdow
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsACoverWithAParentInItsWindow) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationDoesNotRemoveACoverWithAParentController) {
   const auto window = openPlayerWindowWithContentViewController();
   const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -225,7 +225,7 @@ TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsACoverWithAParentInItsWind
   expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsATrackedCover) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationDoesNotRemoveATrackedCover) {
   const auto window = openPlayerWindow();
   const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -240,7 +240,7 @@ TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsATrackedCover) {
   expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsACoverInItsModalWindowOrSheet) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationDoesNotCloseTheModalWindowOrSheet) {
   for (const std::int32_t hostMode : {kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     const LaunchScreenObjects objects = show(openPlayerWindowWithContentViewController(), hostMode);

@@ -95,7 +95,7 @@ TEST_F(ExpirationTimerTest, StartReplacesAnInvalidTimer) {
 
 // Ticks. Each tick of the timer calls `updateTimer`.
 
-TEST_F(ExpirationTimerTest, ATickComesEveryTenthOfASecondAndNotBefore) {
+TEST_F(ExpirationTimerTest, TicksComeExactlyEveryTenthOfASecond) {
   setTimeLeft(1.0);
   manager->startTimer();
   platform.run(0.099999999);
@@ -182,7 +182,7 @@ struct Countdown {
   double initialTimeLeft;
   int dismissingTick;     // the number of the tick that dismisses, counted from 1
   double timeLeftBefore;  // the time left before the dismissing tick
-  double timeLeftAfter;   // the time left after it, used only by `DismissesAtTheExpectedTick`
+  double timeLeftAfter;   // after the dismissing tick, unless the dismissal stops the countdown
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
@@ -246,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Countdown{3.0, 30, 0x1.999999999992cp-4, -0x1.b8p-50},
                     Countdown{5.0, 51, 0x1.28p-50, -0x1.999999999995p-4},
                     Countdown{10.0, 101, 0x1.528p-46, -0x1.999999999945p-4},
-                    // 0.1 and 0.3 in single precision.
+                    // The single-precision values nearest to 0.1 and 0.3.
                     Countdown{0.10000000149011612, 2, 0x1.9999998p-30, -0x1.9999993333334p-4},
                     Countdown{0.30000001192092896, 4, 0x1.9999999p-27, -0x1.9999966666668p-4}));
 
@@ -305,7 +305,7 @@ TEST_F(ExpirationTimerTest, StopInvalidatesTheTimerAndSetsTheTimeLeftToZero) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
 }
 
-TEST_F(ExpirationTimerTest, StopSetsTheTimeLeftOfAPausedOrFinishedCountdownToZero) {
+TEST_F(ExpirationTimerTest, StopOfAPausedOrFinishedCountdownSetsTheTimeLeftToZero) {
   for (const double seconds : {1.0, -0.1}) {
     setTimeLeft(seconds);
     manager->stopTimer();
@@ -345,7 +345,7 @@ TEST_F(ExpirationTimerTest, TheCountdownRunsInTheDefaultAndTheModalPanelMode) {
   }
 }
 
-TEST_F(ExpirationTimerTest, ATimerThatHasTickedInOneModeDoesNotTickAgainInTheOtherMode) {
+TEST_F(ExpirationTimerTest, ATickInOneModeIsNotRepeatedInTheOtherMode) {
   setTimeLeft(1.0);
   manager->startTimer();
   NSRunLoop& loop = NSRunLoop::mainRunLoop();

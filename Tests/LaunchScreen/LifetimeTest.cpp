@@ -46,8 +46,8 @@ TEST_F(LifetimeTest, TheManagerIsDestroyedWithItsContentAndControllerAfterDeacti
 TEST_F(LifetimeTest, TheTemporaryContentIsDestroyedAfterDeactivation) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
-  // To the manager, a child view controller with this class name is a shown launch screen. A new
-  // request then gets a temporary content.
+  // A child view controller with the class name of the library's controller counts as a shown
+  // launch screen. While a launch screen is shown, a new request gets a temporary content.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("LaunchScreenViewController"));
   manager->contentDataForContentRequest(makeRequest("e", 5));
@@ -71,7 +71,7 @@ TEST_F(LifetimeTest, EverythingIsDestroyedAfterACompleteRunInEveryHostMode) {
   }
 }
 
-TEST_F(LifetimeTest, EverythingIsDestroyedAfterACompleteRunWithoutAContentViewController) {
+TEST_F(LifetimeTest, EverythingIsDestroyedAfterACompleteRunIfTheWindowHasNoContentViewController) {
   load(0.5);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(1.0);
@@ -118,7 +118,7 @@ TEST_F(LifetimeTest, DestructionRemovesAllObservers) {
 
 // The countdown
 
-TEST_F(LifetimeTest, ACountdownKeepsTheManagerAliveUntilItIsPaused) {
+TEST_F(LifetimeTest, ARunningCountdownKeepsTheManagerAlive) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   releaseManager();
@@ -173,17 +173,16 @@ TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) 
   EXPECT_EQ(platform.events, (Events{{"late", 0.5}}));
 }
 
-TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
+TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecondAfterTheWindowBecomesKey) {
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));
-  // `windowDidBecomeKey` ignores windows that are not required (see `isRequiredWindow`). This
-  // window is required: it has a child with the class name of the controller that
-  // `loadHostController` loads.
+  // `windowDidBecomeKey` ignores windows without a launch screen. A child view controller with
+  // the class name of the launch screen's controller counts as a launch screen.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   loadHostController(5.0);
   manager->setLaunchScreenExpirationTimeLeft(0.0);
-  manager->setLaunchShouldBeClosed(true);  // the event is postponed
+  manager->setLaunchShouldBeClosed(true);  // the event was postponed while the window was not key
   manager->windowDidBecomeKey(
       NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, window));
   ASSERT_EQ(pendingTaskCount(), 1u);
@@ -210,7 +209,7 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   EXPECT_EQ(platform.events, (Events{{"early", 2.5}}));
 }
 
-TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilTheMainThreadRunsIt) {
+TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilTheMainThreadDismisses) {
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   releaseManager();
   EXPECT_FALSE(watchedManager.expired());

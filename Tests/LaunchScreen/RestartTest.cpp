@@ -1,4 +1,7 @@
-// Stopping the application while a launch screen is shown, and showing another after a restart.
+// Stopping the application while a launch screen is shown, and showing another launch screen after
+// a restart. The cover is the launch screen's view. A tracked cover is embedded in a window without
+// a content view controller. Global variables own the tracked cover and its controller
+// (EmbeddedCover.h).
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -11,16 +14,14 @@ namespace {
 
 class RestartTest : public LaunchScreenTest {
  protected:
-  // Shows a launch screen that is a tracked cover, and then stops the application. A tracked cover
-  // is an embedded launch screen without a parent view controller. Global variables own the cover
-  // (EmbeddedCover.h). Returns the cover's view controller.
+  // Shows a tracked cover and stops the application. Returns the controller of the cover.
   Weak<LaunchScreenViewController> showTrackedCoverAndStop() {
     load(1);
     present(openPlayerWindow(), kHostModeEmbedded);
-    const Weak<LaunchScreenViewController> cover = controller();
+    const Weak<LaunchScreenViewController> coverController = controller();
     EXPECT_TRUE(hasTrackedCover());
     NSApplication::stop();
-    return cover;
+    return coverController;
   }
   void startWithNewManager() {
     NSApplication::start(std::make_unique<HeadlessWindowSystem>());
@@ -29,23 +30,23 @@ class RestartTest : public LaunchScreenTest {
 };
 
 TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
-  const auto cover = showTrackedCoverAndStop();
+  const auto coverController = showTrackedCoverAndStop();
   EXPECT_FALSE(hasTrackedCover());
   manager = nullptr;
-  EXPECT_TRUE(cover.expired());
+  EXPECT_TRUE(coverController.expired());
 }
 
-TEST_F(RestartTest, ALaunchScreenShownAfterARestartEndsIfItHasAParentViewController) {
+TEST_F(RestartTest, AnUntrackedCoverShownAfterARestartEnds) {
   showTrackedCoverAndStop();
   startWithNewManager();
   const auto window = openPlayerWindowWithContentViewController();
   load(1);
   present(window, kHostModeEmbedded);
-  const auto cover = controller();
+  const auto coverController = controller();
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   platform.run(1.5);
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_FALSE(cover->isShown());
+  EXPECT_FALSE(coverController->isShown());
 }
 
 TEST_F(RestartTest, ATrackedCoverShownAfterARestartEnds) {

@@ -1,6 +1,6 @@
 """Runs `launchscreen show` for its tests.
 
-The parameter `settings` holds keyword arguments for `subprocess`. By default, the standard input is /dev/null.
+`settings` are keyword arguments for `program.run` or `program.start`.
 """
 
 import contextlib
@@ -8,9 +8,9 @@ import re
 
 from program import TIMEOUT, run, start
 
-# The beginning of a log line: the time, the program, its process and its thread.
+# The beginning of a log line: the time, the program's name, the process ID and the thread ID.
 LOG_PREFIX = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} launchscreen\[\d+:\d+\] "
-# A report: its time and its text.
+# A report is a line of output with a time and a text.
 REPORT = re.compile(r" *(\d+\.\d{3}) s  (.+)")
 
 
@@ -20,11 +20,11 @@ def show(*arguments, **settings):
 
 def reports(output):
     """Returns the text of each report in `output`. Fails if the times are not in order."""
-    lines = [REPORT.fullmatch(line) for line in output.splitlines()]
-    assert all(lines), output
-    times = [float(line[1]) for line in lines]
+    matches = [REPORT.fullmatch(line) for line in output.splitlines()]
+    assert all(matches), output
+    times = [float(match[1]) for match in matches]
     assert times == sorted(times), output
-    return [line[2] for line in lines]
+    return [match[2] for match in matches]
 
 
 @contextlib.contextmanager

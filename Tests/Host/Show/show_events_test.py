@@ -21,16 +21,16 @@ class EventsFile(unittest.TestCase):
             return [json.loads(line) for line in file]
 
     def test_each_run_appends_its_event(self):
-        for event in ("first", "second"):
+        for name in ("first", "second"):
             result = show(
                 "--duration", "0.1", "--present", "modal",
-                "--event", event, "--events", self.file,
+                "--event", name, "--events", self.file,
             )
             self.assertEqual(result.returncode, 0)
         self.assertEqual([event["event"] for event in self.events()], ["first", "second"])
         for event in self.events():
             self.assertRegex(event["time"], r"\A\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z\Z")
-            # The library records the event 0.5 s after the end of the countdown.
+            # The countdown takes 0.1 s. The library records the event 0.5 s after the countdown.
             self.assertGreaterEqual(event["seconds"], 0.6)
 
     def test_run_in_skip_mode_appends_no_event(self):
@@ -44,7 +44,7 @@ class EventsFile(unittest.TestCase):
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
     def test_events_file_contains_only_the_event_if_standard_output_is_closed(self):
-        # If the program opened the file as descriptor 1, the reports would also go to the file.
+        # If the program opened the file as descriptor 1, its output would also go to the file.
         process = start(
             "show", "--display", "headless", "--duration", "0.1", "--present", "modal",
             "--events", self.file, preexec_fn=lambda: os.close(1),

@@ -24,7 +24,7 @@ class Signals(unittest.TestCase):
         for presentation in ("modal", "sheet"):
             with self.subTest(presentation):
                 with running_show("covered", "--duration", "60", "--present", presentation,
-                             "--content-controller") as process:
+                                  "--content-controller") as process:
                     process.send_signal(signal.SIGTERM)
                     status, output = wait_for_end(process)
                 self.assertEqual(status, 128 + signal.SIGTERM)

@@ -22,9 +22,9 @@ constexpr std::uint32_t kPlayerColor = 0x17213D;
 constexpr int kPlayerCloseButtonX = 746;
 constexpr int kPlayerCloseButtonY = 212;
 
-class FramedShow : public testing::Test {
+class WaylandShowFrame : public testing::Test {
  protected:
-  /// Starts the program on the compositor.
+  /// Starts `launchscreen show` as a client of `weston`, with additional `options`.
   [[nodiscard]] Process start(const std::vector<std::string>& options) const {
     std::vector<std::string> command{"env",        "WAYLAND_DISPLAY=" + weston.display(),
                                      LAUNCHSCREEN, "show",
@@ -32,7 +32,7 @@ class FramedShow : public testing::Test {
                                      "--size",     "500x320",
                                      "--duration", "4"};
     command.insert(command.end(), options.begin(), options.end());
-    return {command, ":2147483647"};  // no X display
+    return {command, ":2147483647"};  // no X server has this DISPLAY
   }
   [[nodiscard]] bool becomesWhite(PixelRect area) const {
     return eventually([&] { return weston.picture(area).isAll(kWhite); });
@@ -45,7 +45,7 @@ class FramedShow : public testing::Test {
   Weston weston;
 };
 
-TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
+TEST_F(WaylandShowFrame, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
   const Nanoseconds startTime = steadyNow();
   Process program = start({});
   ASSERT_TRUE(becomesWhite(kPlayerContent));
@@ -56,7 +56,7 @@ TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
   EXPECT_GE(steadyNow() - startTime, 4 * kNanosecondsPerSecond);  // the whole --duration
 }
 
-TEST_F(FramedShow, ASheetHasAFrame) {
+TEST_F(WaylandShowFrame, ASheetHasAFrame) {
   Process program = start({"--content-controller", "--present", "sheet"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
   EXPECT_TRUE(playerGetsTitleBar());
@@ -66,7 +66,7 @@ TEST_F(FramedShow, ASheetHasAFrame) {
 }
 
 // The launch screen makes its modal window borderless.
-TEST_F(FramedShow, AModalLaunchScreenHasNoFrame) {
+TEST_F(WaylandShowFrame, AModalLaunchScreenHasNoFrame) {
   Process program = start({"--content-controller", "--present", "modal"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
   EXPECT_TRUE(playerGetsTitleBar());

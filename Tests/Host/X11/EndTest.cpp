@@ -7,7 +7,7 @@
 namespace vel::test {
 namespace {
 
-TEST(X11ShowEnd, ShowPrintsOneLineIfTheDisplayIsLostAfterTheLaunchScreen) {
+TEST(X11ShowEnd, ShowPrintsOneLineIfTheDisplayIsLostAfterTheLaunchScreenHasClosed) {
   XServer server;
   ShowProcess show(server, {"--duration", "0.3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("event recorded: launch_end\n")) << show.output();

@@ -1,4 +1,4 @@
-// `launchscreen show` over the windows of programs from other packages.
+// Runs `launchscreen show` over the windows of programs that are not part of this project.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ struct Program {
   const char* name;
   std::vector<std::string> command;
   const char* windowName;  // the window's class or title
-  Manager manager;
+  Manager manager;         // the window manager or the Wayland compositor
 
   [[nodiscard]] std::string testName() const {
     return name + (manager == Manager::None ? "" : "Under" + nameOf(manager));
@@ -64,7 +64,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }
     client.screenPicture(area).save(std::string(GetParam().name) + "-" + moment);
   }
-  /// The properties that the program has set on its window.
+  /// Returns the properties that the program has set on its window.
   std::map<std::string, std::optional<Property>> programProperties() {
     std::map<std::string, std::optional<Property>> properties;
     for (const char* name :
@@ -84,7 +84,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     hints = Property::ofNumbers(hints->type, numbers);
     return properties;
   }
-  /// The actions for closing, miniaturising and resizing that the window manager allows.
+  /// Returns which of three actions the window manager allows: close, miniaturise and resize.
   std::vector<std::string> allowedActions() {
     std::vector<std::string> actions = client.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
@@ -97,8 +97,8 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
     const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
-    // The spinner is 32 pixels wide and high. In a window of odd size, it may begin one pixel
-    // after `left` or `top`.
+    // The spinner is 32 pixels wide and high. In a window of odd size, the spinner may begin one
+    // pixel after `left` or `top`.
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
     return bounds.width > 0 && isNoLargerThanSpinner(bounds) && bounds.x >= left &&
@@ -110,7 +110,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   bool isProgramHidden() {
     return isNoLargerThanSpinner(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
-  /// Allows one pixel more than the width and height of the spinner.
+  /// The spinner is 32 pixels wide and high. One more pixel is tolerated.
   static bool isNoLargerThanSpinner(PixelRect bounds) {
     return bounds.width <= 33 && bounds.height <= 33;
   }
@@ -153,12 +153,12 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   EXPECT_EQ(programProperties()["WM_NORMAL_HINTS"], propertiesBefore.at("WM_NORMAL_HINTS"));
   EXPECT_TRUE(isCovered());
   savePicture("covered");
-  clickClose();  // has no effect while covered
+  clickClose();  // must have no effect while the window is covered
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_THAT(show.output(), HasSubstr("controls restored"));
-  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // the prefix of an X error
+  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // no X error has been logged
   EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   EXPECT_EQ(programProperties(), propertiesBefore);
   EXPECT_EQ(client.children(window), childrenBefore);
@@ -215,8 +215,8 @@ std::vector<Program> programsUnder(Manager manager) {
           {"xmahjongg", {"/usr/games/xmahjongg"}, "XMahjongg", manager}};
 }
 
-// Under the compositors, only xterm and glxgears are tested.
-std::vector<Program> programsWithXwayland() {
+// Returns all programs without a window manager, and xterm and glxgears under each compositor.
+std::vector<Program> programsWithoutManagerAndUnderCompositors() {
   std::vector<Program> programs = programsUnder(Manager::None);
   for (const Manager compositor : withXwayland({})) {
     const std::vector<Program> all = programsUnder(compositor);
@@ -231,7 +231,8 @@ std::string nameOfProgram(const testing::TestParamInfo<Program>& testInfo) {
 
 INSTANTIATE_TEST_SUITE_P(X11Show, ForeignProgramsWithManager,
                          testing::ValuesIn(programsUnder(Manager::Metacity)), nameOfProgram);
-INSTANTIATE_TEST_SUITE_P(X11Show, ForeignPrograms, testing::ValuesIn(programsWithXwayland()),
+INSTANTIATE_TEST_SUITE_P(X11Show, ForeignPrograms,
+                         testing::ValuesIn(programsWithoutManagerAndUnderCompositors()),
                          nameOfProgram);
 
 }  // namespace

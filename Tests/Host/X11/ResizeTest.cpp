@@ -9,7 +9,7 @@ namespace {
 
 constexpr PixelRect kGameFrame{200, 150, 400, 300};
 constexpr PixelRect kLargerGameFrame{200, 150, 640, 480};
-constexpr std::uint32_t kGreen = 0x208040;
+constexpr std::uint32_t kGameColor = 0x208040;
 
 class X11ShowResize : public X11TestWithManager {};
 
@@ -26,7 +26,7 @@ Property fixedSizeHints(PixelRect frame) {
 }
 
 TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGameColor);
   client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGameFrame));
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
@@ -41,7 +41,7 @@ TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
   bool wasGameVisible = false;
   EXPECT_TRUE(eventually([&] {
     const Picture picture = client.screenPicture(game);
-    wasGameVisible = wasGameVisible || picture.colors().contains(kGreen);
+    wasGameVisible = wasGameVisible || picture.colors().contains(kGameColor);
     return picture.width == kLargerGameFrame.width && picture.height == kLargerGameFrame.height &&
            picture.isAll(kWhite);
   }));
@@ -50,7 +50,7 @@ TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLargerGameFrame));
-  EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGameColor); }));
 }
 
 }  // namespace

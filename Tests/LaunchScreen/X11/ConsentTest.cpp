@@ -9,39 +9,41 @@ namespace vel::test {
 namespace {
 
 constexpr std::int32_t kEmbedded = 0;
-constexpr std::uint32_t kGameColor = 0x208040;  // the background of the game
+constexpr std::uint32_t kGameColor = 0x208040;
 
 class X11Consent : public X11HostTest {
  protected:
   void SetUp() override {
     X11HostTest::SetUp();
-    consent->setContentViewController(make<NamedViewController>("GDPRViewController"));
+    consentDialog->setContentViewController(make<NamedViewController>("GDPRViewController"));
   }
-  /// Runs the consent window modally. Calls `act` when the window has the focus and the countdown
+  /// Runs the consent dialog modally. Calls `act` when the dialog has the focus and the countdown
   /// is paused.
-  void runModalConsent(const std::function<void()>& act) {
-    std::function<void()> actWhenModal = [&] {
-      if (client.focusedWindow() == idOf(consent->handle()) && launchScreen->appIsUnfocused()) {
+  void runConsentDialog(const std::function<void()>& act) {
+    std::function<void()> actWhenPaused = [&] {
+      // `appIsUnfocused` becomes true when the player's window stops being the key window.
+      if (client.focusedWindow() == idOf(consentDialog->handle()) &&
+          launchScreen->appIsUnfocused()) {
         EXPECT_EQ(launchScreen->launchScreenExpirationTimer(), nullptr);
-        EXPECT_TRUE(consent->isModalPanel());
+        EXPECT_TRUE(consentDialog->isModalPanel());
         act();
       } else {
         dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 100),
-                       dispatch_get_main_queue(), actWhenModal);
+                       dispatch_get_main_queue(), actWhenPaused);
       }
     };
-    dispatch_async(dispatch_get_main_queue(), actWhenModal);
-    NSApp->runModalForWindow(consent);
+    dispatch_async(dispatch_get_main_queue(), actWhenPaused);
+    NSApp->runModalForWindow(consentDialog);
   }
 
-  Strong<NSWindow> consent =
+  Strong<NSWindow> consentDialog =
       NSWindow::initWithContentRectStyleMask(CGRectMake(300, 300, 300, 200), kFullStyle);
 };
 
 TEST_F(X11Consent, ClosingTheDialogResumesTheCountdown) {
   present(5, kEmbedded);
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
-  runModalConsent([this] { consent->close(); });
+  runConsentDialog([this] { consentDialog->close(); });
   EXPECT_FALSE(launchScreen->appIsUnfocused());
   EXPECT_NE(launchScreen->launchScreenExpirationTimer(), nullptr);
   EXPECT_TRUE(runUntil([this] { return client.focusedWindow() == game && player->isKeyWindow(); }));
@@ -55,9 +57,9 @@ TEST_F(X11Consent, ClosingTheDialogResumesTheCountdown) {
 
 TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSessionAndResumesTheCountdown) {
   present(600, kEmbedded);
-  runModalConsent([&] { client.focus(otherWindow); });
+  runConsentDialog([&] { client.focus(otherWindow); });
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
-  EXPECT_TRUE(consent->isVisible());
+  EXPECT_TRUE(consentDialog->isVisible());
   EXPECT_FALSE(launchScreen->appIsUnfocused());
   EXPECT_NE(launchScreen->launchScreenExpirationTimer(), nullptr);
 }
