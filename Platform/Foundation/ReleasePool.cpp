@@ -34,13 +34,12 @@ class PoolTable : NonCopyable {
   std::map<std::thread::id, ReleasePool> pools_;
 };
 
-// Points to the pool of the current thread after the first call of `currentPool`. While a thread
-// ends, the system may reset this variable to null before the pool is removed from the table. The
-// next call of `currentPool` then finds the same pool in the table.
+// The current thread's pool, or null if `currentPool` must find it in the table: at the first call,
+// or when the system has cleared the thread-local data of an ending thread.
 thread_local ReleasePool* cachedPool = nullptr;
 
-/// Drains the pool of a thread when the thread ends. Finds the pool without thread-local data,
-/// because such data may already be destroyed.
+/// Drains and removes the pool of a thread when the thread ends. Does not read `cachedPool`,
+/// because the system may already have cleared it.
 class ThreadEndDrain : NonCopyable {
  public:
   ThreadEndDrain() = default;
@@ -63,14 +62,13 @@ ReleasePool& ReleasePool::currentPool() {
 }
 
 void ReleasePool::drainTo(std::size_t mark) {
-  // The destructor of an object may add more objects. The loop also releases these objects.
+  // The destructor of an object may add objects to the pool. The loop also releases them.
   while (objects_.size() > mark) {
     const auto begin = objects_.begin() + static_cast<std::ptrdiff_t>(mark);
     std::vector<Strong<const NSObjectProtocol>> objects(std::make_move_iterator(begin),
                                                         std::make_move_iterator(objects_.end()));
     objects_.resize(mark);
-    // Releases the objects one by one: the order in which a vector destroys its elements is not
-    // specified.
+    // The oldest object is released first. A vector's destructor has no specified order.
     for (Strong<const NSObjectProtocol>& object : objects) {
       object.reset();
     }

@@ -20,6 +20,7 @@ HeadlessPlatform::HeadlessPlatform(NSOperatingSystemVersion version)
 
 HeadlessPlatform::~HeadlessPlatform() {
   shutDown();
+  // `shutDown` does not reset the default LaunchScreenConfiguration.
   sDefaultConfiguration = nullptr;
   NSProcessInfo::setOperatingSystemVersion(previousVersion_);
 }

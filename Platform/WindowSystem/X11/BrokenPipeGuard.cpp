@@ -7,7 +7,7 @@ namespace vel::x11 {
 
 namespace {
 
-sigset_t brokenPipeSignal() {
+sigset_t brokenPipeSignalSet() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGPIPE);
@@ -17,19 +17,19 @@ sigset_t brokenPipeSignal() {
 }  // namespace
 
 BrokenPipeGuard::BrokenPipeGuard() {
-  const sigset_t signals = brokenPipeSignal();
+  const sigset_t signals = brokenPipeSignalSet();
   sigset_t previousMask;
   pthread_sigmask(SIG_BLOCK, &signals, &previousMask);
   hasBlockedSignal_ = sigismember(&previousMask, SIGPIPE) == 0;
 }
 
-// A pending SIGPIPE must be removed before the signal is unblocked, or it would end the process. If
-// the signal was blocked before this guard existed, the host may have raised the pending SIGPIPE.
-// The guard then leaves the signal pending.
+// Does nothing if SIGPIPE was already blocked before the guard: a pending SIGPIPE may then come
+// from other code of this process.
 BrokenPipeGuard::~BrokenPipeGuard() {
   if (hasBlockedSignal_) {
-    const sigset_t signals = brokenPipeSignal();
+    const sigset_t signals = brokenPipeSignalSet();
     constexpr timespec kNoWait{};
+    // Removes a pending SIGPIPE, which would end the process when the signal is unblocked.
     sigtimedwait(&signals, nullptr, &kNoWait);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
   }

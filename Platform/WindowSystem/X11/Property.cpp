@@ -5,11 +5,11 @@
 namespace vel::x11 {
 
 std::vector<std::uint32_t> Property::numbers() const {
-  std::vector<std::uint32_t> numbers(format == 32 ? bytes.size() / sizeof(std::uint32_t) : 0);
-  if (!numbers.empty()) {
-    std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+  std::vector<std::uint32_t> elements(format == 32 ? bytes.size() / sizeof(std::uint32_t) : 0);
+  if (!elements.empty()) {
+    std::memcpy(elements.data(), bytes.data(), elements.size() * sizeof(std::uint32_t));
   }
-  return numbers;
+  return elements;
 }
 
 Property Property::ofNumbers(xcb_atom_t type, std::span<const std::uint32_t> numbers) {

@@ -9,28 +9,32 @@
 
 namespace vel::x11 {
 
-/// Reports changes of a window's frame, miniaturisation and style to the delegate. Users, the
-/// window manager and the owners of adopted windows make such changes. An owner is the program that
-/// created the window. An event only marks its window. `updateChangedWindows` then reads the
-/// window's state once, even after many events.
+/// Reports changes of a window's frame and miniaturisation to the `WindowSystemDelegate`. Also
+/// reports changes of an adopted window's style mask. An adopted window was created by its owner:
+/// another program or the host.
+///
+/// `handle` only marks windows. `updateChangedWindows` then reads the state of each marked window
+/// once, even after many events.
 class WindowMonitor final : public NonCopyable {
  public:
   WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
                 WindowTable& windows, ReportQueue& reports);
 
-  /// Marks the window that the event is about, if the event announces a change.
+  /// Marks the window whose change `event` announces. Ignores other events.
   void handle(const xcb_generic_event_t& event);
-  /// Updates all marked windows. Blocks for round trips if a window is marked.
+  /// Reads the state of all marked windows and reports changes. Blocks for round trips if a window
+  /// is marked.
   void updateChangedWindows();
-  /// Reads the window's state and reports changes. Sets the focus to the window if
-  /// `Window::wantsFocus` is true and the window is viewable. Blocks for a round trip.
+  /// Reads the window's frame and miniaturisation, and reports changes. Sets the focus to the
+  /// window if `Window::wantsFocus` is true and the window is viewable. Blocks for a round trip.
   void update(Window& window);
 
-  /// Reports the style mask that the owner of an adopted window has set, if this mask has not been
-  /// reported yet.
+  /// Reports the style mask that the owner of an adopted window has set. Does nothing if this mask
+  /// is overridden or already reported.
   void reportOwnersStyleMask(const Window& window);
+  /// Reports the frame that the window has when the report is delivered.
   void reportFrame(const Window& window);
-  /// Reports the frames of all windows. Call this when the origin of the screen coordinates moves.
+  /// Reports the frames of all windows. Call this if `ScreenCoordinates::handle` returns true.
   void reportFrames();
 
  private:
