@@ -15,8 +15,8 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPausedText = "paused: not in front";
 constexpr std::size_t kMaximumBarLength = 40;
 constexpr std::size_t kMinimumBarLength = 5;
-// The countdown ticks every `expirationTimeStep` seconds. The tick that is nearest to a whole
-// second differs from this second by at most half a step.
+// The countdown ticks every `expirationTimeStep` seconds. So each whole second has a tick that
+// is at most half a step away.
 const double kHalfStep = expirationTimeStep / 2;
 // `countdownLine` pads the text of the time left to this width, so that the bar does not move.
 constexpr std::size_t kTimeLeftWidth = std::string_view("999.9 s left").size();
@@ -124,8 +124,8 @@ void LiveConsole::finish() {
 }
 
 void LiveConsole::write(std::string_view line) {
-  // Text in the last column may wrap onto the next row. The carriage return would then return only
-  // to the start of that row.
+  // Text in the last column may move the cursor to the next row. The next call of `write` would
+  // then not overwrite this line.
   const std::string_view visibleLine = line.substr(0, columnCount_() - 1);
   const std::size_t columnsToErase =
       lineWidth_ > visibleLine.size() ? lineWidth_ - visibleLine.size() : 0;

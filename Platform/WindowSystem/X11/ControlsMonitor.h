@@ -8,8 +8,8 @@
 namespace vel::x11 {
 
 /// Reports the remaining controls: the controls (close, miniaturise, resize) that the window
-/// manager still offers although a window's style mask excludes them. A check of a window reads the
-/// controls that the window manager offers.
+/// manager still offers although a window's style mask excludes them. A check reads the controls
+/// that the window manager offers for one window.
 class ControlsMonitor final : public NonCopyable {
  public:
   ControlsMonitor(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -18,8 +18,7 @@ class ControlsMonitor final : public NonCopyable {
   /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
   /// Call this when the window manager has ended, or another window manager has started. Schedules
-  /// a check of each window. Skips a window that has had no report since its style mask was last
-  /// set.
+  /// a check of each window that has had a report since its style mask was last set.
   void windowManagerChanged();
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
   /// remaining controls even if they have not changed.
@@ -29,9 +28,9 @@ class ControlsMonitor final : public NonCopyable {
   /// remaining controls only if they have changed.
   static void scheduleCheck(Window& window);
 
-  /// The time at which `check` has work to do; `kNever` if it has none.
+  /// The time of the earliest scheduled check; `kNever` if no check is scheduled.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Makes each scheduled check whose time has passed. May block for round trips.
+  /// Performs each scheduled check whose time has passed. May block for round trips.
   void check(Nanoseconds now);
 
  private:

@@ -15,27 +15,27 @@
 
 namespace vel::x11 {
 
-/// The windows that hide the content of one window and show a scene. Each item of the scene is a
-/// fill or a spinner. The cover creates one child of the window for each item. The child takes the
-/// pointer input in its area. The picture of the item is the child's background, so the server
-/// shows the picture as soon as it maps the child. For an item that fills the window, the cover
-/// makes the child larger than the window, so a growing window shows no gap.
+/// Hides the content of a window behind a scene. Each item of the scene is a fill or a spinner. For
+/// each item, the cover creates a child of the window. The child takes the pointer input in its
+/// area. The picture of the item is the child's background, so the server shows the picture as soon
+/// as it maps the child. For an item that fills the window, the cover makes the child larger than
+/// the window, so a growing window shows no gap. The cover keeps these children above the window's
+/// other children.
 ///
 /// While another window is modal, the cover also has a shield. The shield is an invisible child of
-/// the window and takes all pointer input of the window. The children that the cover has
-/// created stay above the window's other children.
+/// the window and takes all pointer input of the window.
 ///
 /// An adopted window is owned by another program or by the host. The owner can draw over the
 /// window's children. So if the first item of the scene fills an adopted window, the cover also
-/// opens an overlay above the window. The overlay shows the first item too. The overlay, not the
-/// adopted window, is then the parent of the windows for the other items.
+/// opens an overlay: a window above the adopted window. The overlay also shows the first item. With
+/// an overlay, the cover creates the children for the other items in the overlay, not in the
+/// adopted window.
 ///
 /// The owner can unmap or destroy the cover's windows. `repair` maps or recreates them.
 ///
-/// Limits: without an overlay, a child that the window's owner adds is visible until we receive the
-/// event and raise the cover. If the owner has grabbed a button on its window, a press of that
-/// button reaches the owner: the server checks grabs before it looks for the window under the
-/// pointer.
+/// Limits: without an overlay, a child that the window's owner adds is visible until `handle`
+/// raises the cover. If the owner has grabbed a button on its window, a press of that button
+/// reaches the owner: the server checks grabs before it looks for the window under the pointer.
 class Cover final : public NonCopyable {
  public:
   /// `overlay` is null for a window that we created, and if the server does not support overlays.
@@ -53,12 +53,11 @@ class Cover final : public NonCopyable {
   /// Call this when the window has been destroyed: the server has then also destroyed its children.
   void windowDestroyed();
 
-  /// Returns true if the server has mapped the windows that show the scene. Does not check the
-  /// overlay and its children. Returns false if the scene is empty.
+  /// Returns true if the server has mapped the window's children that show the scene. Returns false
+  /// if the scene is empty. Does not check the overlay and its children.
   [[nodiscard]] bool isMapped() const;
-  /// Returns true if the server has mapped the windows that show the scene and every window that
-  /// contains them, up to the root window. Returns false if the scene is empty. Blocks for a round
-  /// trip.
+  /// Returns true if the server has mapped the windows that show the scene, and all their
+  /// ancestors. Returns false if the scene is empty. Blocks for a round trip.
   [[nodiscard]] bool isViewable() const;
   /// The time by which `isMapped` should return true. `kNever` if `isMapped` returns true, if the
   /// scene is empty, or if `logMissedMapDeadline` has logged.
@@ -67,8 +66,8 @@ class Cover final : public NonCopyable {
   void logMissedMapDeadline(Nanoseconds now);
   /// Returns true if `window` is one of the cover's windows.
   [[nodiscard]] bool owns(xcb_window_t window) const;
-  /// Processes an event about the window or the cover. Raises the cover if another child of the
-  /// window may be above the cover after the event.
+  /// Processes an event about the window or the cover. Raises the cover if the event may have put
+  /// another child of the window above the cover.
   void handle(const xcb_generic_event_t& event);
   /// Maps the windows of the cover that another client has unmapped. Recreates the windows that
   /// another client has destroyed.
@@ -119,12 +118,12 @@ class Cover final : public NonCopyable {
   // Moves the panes in the overlay to their frames.
   void movePanesInOverlay();
   void createShield();
-  // Destroys the window and adds it to `recentlyDestroyedWindows_`.
+  // Destroys `window` and adds it to `recentlyDestroyedWindows_`.
   void destroy(xcb_window_t window);
 
   [[nodiscard]] Child* findChild(xcb_window_t window);
   void updateState(const xcb_generic_event_t& event);
-  // Returns true if another child of the window may be above the cover after the event.
+  // Returns true if `event` may have put another child of the window above the cover.
   [[nodiscard]] bool isObscuredBy(const xcb_generic_event_t& event) const;
   void mapIfUnmapped(Child& child);
 

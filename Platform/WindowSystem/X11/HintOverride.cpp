@@ -7,8 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. An owner may read the property, edit the value and write it back. In practice,
-// we write the property fewer times than this limit between the owner's read and its write.
+// Limits the memory. In practice, we write fewer values than this while the owner edits a value
+// that it has read.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 // Returns true if `element` and `ourElement` are equal in the bits of the mask `changes`.
@@ -48,8 +48,8 @@ void HintOverride::recordCurrentValue(const HintValue& value) {
   }
 }
 
-// Does not change the current value, because our write came after the owner's write. Updates the
-// recorded writes, because each of them contains the owner's previous value.
+// Our write has replaced `value`, so `currentValue_` does not change. The recorded writes contain
+// the owner's previous value, so this function updates them.
 void HintOverride::recordReplacedValue(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -65,8 +65,7 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
     if (value && isBasedOnWrite(write, *value)) {
-      // If the owner wrote our value back unchanged, uses `write.ownersValue`.
-      // `withoutOurChanges` would keep the elements that we added.
+      // `withoutOurChanges` would keep the elements that we added to the owner's value.
       interpretation =
           value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
     }
@@ -90,7 +89,8 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
 
 // Returns true if the owner has probably read the value that we wrote and then written `value`,
 // with or without an edit. This function checks two conditions:
-// 1. `value` contains our changes of element 0 (the flags) and of the next element that we changed.
+// 1. `value` contains our changes of element 0 (the flags) and of the first other element that we
+//    changed.
 // 2. If we changed elements other than the flags, `value` contains at least one of these elements
 //    exactly as we wrote it.
 // The first condition is not enough: most of our changes remove bits, and an owner that has not
@@ -123,7 +123,8 @@ bool HintOverride::isBasedOnWrite(const RecentWrite& write, const Property& valu
 }
 
 // Undoes our changes in `value`. If an element does not contain our changes, the owner has replaced
-// the element. Such an element and its bit in the flags stay as they are.
+// the element. This function keeps such an element, and the bit in the flags that marks the element
+// as valid.
 Property HintOverride::withoutOurChanges(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> ownersElements =

@@ -10,9 +10,10 @@
 
 namespace vel::x11 {
 
-/// Reports changes in the stacking order of the windows on screen. A window manager publishes the
-/// order in a property. Without a window manager, the windows are children of the root window, and
-/// the server sends a ConfigureNotify for each change.
+/// Reports changes in the stacking order of the windows on screen. A check reads the order and
+/// reports a change. A window manager publishes the order in a property. Without a window manager,
+/// the windows are children of the root window, and the server sends a ConfigureNotify for each
+/// change.
 class StackingOrder final : public NonCopyable {
  public:
   StackingOrder(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -20,15 +21,14 @@ class StackingOrder final : public NonCopyable {
 
   /// Processes an event that may announce a change of the order.
   void handle(const xcb_generic_event_t& event);
-  /// Records that the `WindowSystemDelegate` assumes that this window is in front. Schedules a
+  /// Call this when the `WindowSystemDelegate` assumes that `window` is in front. Schedules a
   /// check, because the window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
   /// Schedules a check after `kWindowManagerDelay`, which gives the window manager time to act.
   void scheduleCheck();
   /// The time of the scheduled check; `kNever` if no check is scheduled.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }
-  /// If the deadline has passed, reads the order and reports it if it has changed. Reading the
-  /// order blocks for a round trip.
+  /// Performs the scheduled check if its time has passed. May block for a round trip.
   void check(Nanoseconds now);
 
  private:
@@ -41,7 +41,7 @@ class StackingOrder final : public NonCopyable {
   WindowTable& windows_;
   ReportQueue& reports_;
   Nanoseconds deadline_ = kNever;
-  // Front to back: the last reported order, with the changes that `assumeInFront` has recorded.
+  // Front to back: the last reported order, updated by `assumeInFront`.
   std::vector<WindowHandle> reportedOrder_;
 };
 

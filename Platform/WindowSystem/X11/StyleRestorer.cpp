@@ -12,8 +12,8 @@ namespace {
 
 // Returns true if `begin` was called less than `kWindowManagerDelay` after we overrode the hints.
 // An event may then be the window manager's reaction to the override, not to the restored hints.
-// The window must have no `restorationProbe`: only then is `restorationDeadline` the time of the
-// call of `begin` plus `kWindowManagerDelay`.
+// `window` must not have a `restorationProbe`. `begin` has set the deadline of such a window to
+// `kWindowManagerDelay` after the call.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
@@ -43,7 +43,7 @@ void StyleRestorer::startWaiting(Window& window) {
     window.restorationDeadline = steadyNow() + kWindowManagerDelay;
     return;
   }
-  // The window manager replies by setting a property of the probe.
+  // The window manager replies to _NET_REQUEST_FRAME_EXTENTS by setting a property of the probe.
   window.restorationProbe = connection_.makeId();
   createWindow(connection_,
                {.id = window.restorationProbe, .parent = connection_.root(), .frame = {0, 0, 1, 1}},
@@ -62,7 +62,7 @@ void StyleRestorer::cancel(Window& window) {
 void StyleRestorer::handle(const xcb_generic_event_t& event) {
   for (auto& [id, window] : windows_) {
     if (window.restorationDeadline != kNever && showsThatHintsWereRead(window, event)) {
-      window.restorationDeadline = 0;
+      window.restorationDeadline = 0;  // the next `check` finishes the restoration
     }
   }
 }
@@ -95,6 +95,7 @@ void StyleRestorer::finish(Window& window) {
   window.style->finishRestoring();
 }
 
+// Returns true if `event` shows that the window manager has read the restored hints.
 bool StyleRestorer::showsThatHintsWereRead(const Window& window,
                                            const xcb_generic_event_t& event) const {
   if (window.restorationProbe != XCB_WINDOW_NONE) {

@@ -15,9 +15,9 @@ class WindowCapture final : public NonCopyable {
   explicit WindowCapture(Connection& connection) : connection_(connection) {}
 
   /// Returns the pixels of the screen at `frame`, the frame of a window. The pixels show other
-  /// windows that are in front of this window. If a part of `frame` is off the screen, the picture
-  /// contains only the rest. Returns no value if all of `frame` is off the screen, if the server's
-  /// pixel format is not supported, or if a request fails. Blocks for round trips.
+  /// windows that are in front of this window. If a part of `frame` is off the screen, the result
+  /// does not contain this part. Returns no value if all of `frame` is off the screen, if the
+  /// server's pixel format is not supported, or if a request fails. Blocks for round trips.
   std::optional<WindowPicture> capture(PixelRect frame);
 
  private:

@@ -18,10 +18,10 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls a window has.
-/// `removableControls` are the controls that the window manager removes from a window whose
-/// _MOTIF_WM_HINTS excludes their functions. The value is 0 (NSWindowStyleMaskBorderless) if the
-/// window manager never removes a control. We found the values by trying the buttons, keys and
-/// drags of each window manager.
+/// `removableControls` are the controls that the window manager removes if the window's
+/// _MOTIF_WM_HINTS excludes them. `removableControls` is 0 (NSWindowStyleMaskBorderless) if the
+/// window manager never removes a control. We tried the buttons, keys and drags of each window
+/// manager to find its `removableControls`.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removableControls;
@@ -43,6 +43,8 @@ WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   requestProperties();
 }
 
+// A state request is a _NET_WM_STATE message that a client sends to the window manager. The server
+// also delivers the message to each client that has selected SubstructureNotify on the root window.
 void WindowManager::selectStateRequests(StateRequests stateRequests) {
   if (std::exchange(stateRequests_, stateRequests) != stateRequests) {
     selectEvents(connection_, connection_.root(),
@@ -91,8 +93,8 @@ void WindowManager::readReplies() {
   }
 }
 
-// The window that a window manager creates to announce itself also has _NET_SUPPORTING_WM_CHECK.
-// The value is the window's own id.
+// A window manager sets _NET_SUPPORTING_WM_CHECK on the root window and on a window of its own.
+// Both values are the id of its own window.
 bool WindowManager::isSupportingWmCheckWindow(xcb_window_t window) {
   const auto check =
       connection_.readPropertyIfWindowExists(window, connection_.atom(Atom::NetSupportingWmCheck));

@@ -101,11 +101,11 @@ void WindowStyle::writeCreatedWindowHints(PixelRect frame) {
   }
 }
 
-// In the next four functions, the server grab guarantees that the owner does not write between our
-// reading and our writing: we never overwrite a value that we have not read or requested.
+// In the next four functions, the server grab guarantees that the owner does not write the hints
+// between our read and our write.
 
 // Requests the value that we replace, but does not block for the reply. Our write causes a
-// PropertyNotify event, and `handleHintChange` then reads the reply.
+// PropertyNotify event. On this event, `handleHintChange` reads the reply.
 void WindowStyle::overrideMotif() {
   isOverridden_ = true;
   isRestoring_ = false;
@@ -133,12 +133,13 @@ void WindowStyle::restore() {
   readPendingMotifReplies();
   readHints();
   const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
-  // `finishRestoring` is not needed if the property already has the owner's value, or if the
-  // owner's value contains both sets (functions and decorations).
   if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();
   } else {
+    // The owner's value lacks the set of functions or the set of decorations. With this value, some
+    // window managers would continue to apply the set that we wrote. So we write a value with both
+    // sets, and `finishRestoring` later writes the owner's value.
     writeMotif(valueWithBothSets);
     isRestoring_ = true;
   }
