@@ -15,7 +15,7 @@ OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
 
 def help_entries(*command):
-    """Returns the entry of each option and command in the help. An entry includes its indented lines."""
+    """Returns the entry of each option and command in the help. An entry can have several lines."""
     text = run(*command, "--help").stdout
     return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
 
@@ -26,7 +26,7 @@ def commands():
 
 
 def help_options(*command):
-    """Maps each option to the set of values in its help. The set is empty if the help has no list of values."""
+    """Maps each option in the help to the set of its values. The set is empty if the help lists no values."""
     options = {}
     for entry in help_entries(*command):
         if entry.startswith("-"):
@@ -36,7 +36,7 @@ def help_options(*command):
 
 
 def manual_sections():
-    """Maps the name of each section and subsection to its text. A subsection about a command has the command's name."""
+    """Maps each section and subsection name to its text. A command's subsection has the command's name."""
     text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
     parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
     return dict(zip(parts[1::2], parts[2::2]))
@@ -49,7 +49,8 @@ def manual_options(section):
 def completions(*words):
     """Returns the completions that bash offers for the last word.
 
-    Bash splits `--mode=skip` into three words: `--mode`, `=` and `skip`.
+    `words` are the words after `launchscreen`. Bash splits `--mode=skip` into three words: `--mode`, `=` and
+    `skip`.
     """
     script = (
         f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
@@ -63,8 +64,8 @@ def completions(*words):
 
 class Options(unittest.TestCase):
     def test_the_help_is_parsed(self):
-        # Other tests check each command and option that is found in the help. If none were found, these
-        # tests would check nothing.
+        # Other tests loop over the results of `commands` and `help_options`. If a result were empty, such a
+        # test would check nothing.
         self.assertIn("show", commands())
         self.assertIn("--duration", help_options("show"))
         self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})
@@ -114,7 +115,6 @@ class Options(unittest.TestCase):
                     self.assertIn(f'"{option}"', tests)
 
     def test_manual_has_no_formatting_errors(self):
-        # groff may be missing, because it is not required to build.
         try:
             groff_process = subprocess.run(
                 ["groff", "-man", "-ww", "-z", "-Tutf8", str(MANUAL)],

@@ -6,7 +6,7 @@
 namespace vel::test {
 namespace {
 
-TEST(DictionaryRequestTest, HasTheGivenDictionaryAsParameters) {
+TEST(DictionaryRequestTest, ParametersAreTheGivenDictionaryOrNull) {
   const auto parameters = NSDictionary::dictionary();
   EXPECT_EQ(DictionaryRequest::requestWithParameters(parameters)->parameters(), parameters);
   EXPECT_EQ(DictionaryRequest::requestWithParameters(nullptr)->parameters(), nullptr);

@@ -6,14 +6,13 @@
 // of each window that it opens. When the user closes the window, the host prints "close" and ends.
 //
 // These habits act on SIGUSR1:
-// - "resize" asks for a larger size, and on the next SIGUSR1 for the original size.
-// - "maximise" asks the window manager to maximise the window, and on the next SIGUSR1 to
-//   undo this.
-// - "fullscreen" asks the window manager to make the window fullscreen, and on the next SIGUSR1 to
-//   undo this.
+// - "resize" asks for a larger size.
+// - "maximise" asks the window manager to maximise the window.
+// - "fullscreen" asks the window manager to make the window fullscreen.
 // - "toggle" asks the window manager to toggle the maximised state.
 // - "remap" unmaps the window and maps it again.
 // - "recreate" opens a new window and destroys the old window.
+// The next SIGUSR1 undoes "resize", "maximise", "fullscreen" and "toggle".
 //
 // These habits act from the start:
 // - "none" does nothing unusual.
@@ -50,7 +49,7 @@ constexpr std::uint16_t kDefaultWidth = 640;
 constexpr std::uint16_t kDefaultHeight = 480;
 constexpr std::int16_t kLeft = 100;
 constexpr std::int16_t kTop = 80;
-constexpr std::uint16_t kStripe = 16;
+constexpr std::uint16_t kStripeWidth = 16;
 
 // The actions and states of a _NET_WM_STATE message.
 constexpr std::uint32_t kRemove = 0;
@@ -72,20 +71,20 @@ class BadHost {
       : connection_(connection),
         screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data),
         habit_(std::move(habit)),
-        width_(width),
-        height_(height) {
+        initialWidth_(width),
+        initialHeight_(height) {
     findVisual();
-    open();
+    openWindow();
   }
 
   /// Draws the next frame.
   void draw() {
     ++frame_;
-    const auto offset = static_cast<std::int16_t>(frame_ % (2 * kStripe));
+    const auto offset = static_cast<std::int16_t>(frame_ % (2 * kStripeWidth));
     std::vector<xcb_rectangle_t> stripes;
     const xcb_rectangle_t wholeWindow{0, 0, currentWidth_, currentHeight_};
-    for (int x = offset - 2 * kStripe; x < currentWidth_; x += 2 * kStripe) {
-      stripes.push_back({static_cast<std::int16_t>(x), 0, kStripe, currentHeight_});
+    for (int x = offset - 2 * kStripeWidth; x < currentWidth_; x += 2 * kStripeWidth) {
+      stripes.push_back({static_cast<std::int16_t>(x), 0, kStripeWidth, currentHeight_});
     }
     setForeground(isTranslucent() ? kTranslucentGreen : kGreen);
     xcb_poly_fill_rectangle(connection_, window_, context_, 1, &wholeWindow);
@@ -107,8 +106,8 @@ class BadHost {
   void performHabit() {
     isChanged_ = !isChanged_;
     if (habit_ == "resize") {
-      const std::array<std::uint32_t, 2> size{width_ + (isChanged_ ? 160U : 0U),
-                                              height_ + (isChanged_ ? 120U : 0U)};
+      const std::array<std::uint32_t, 2> size{initialWidth_ + (isChanged_ ? 160U : 0U),
+                                              initialHeight_ + (isChanged_ ? 120U : 0U)};
       xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                            size.data());
     } else if (habit_ == "maximise") {
@@ -121,7 +120,7 @@ class BadHost {
       remap();
     } else if (habit_ == "recreate") {
       const xcb_window_t oldWindow = window_;
-      open();
+      openWindow();
       xcb_destroy_window(connection_, oldWindow);
     }
     xcb_flush(connection_);
@@ -187,12 +186,12 @@ class BadHost {
     xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &color);
   }
 
-  void setText(xcb_atom_t property, std::string_view text) {
+  void setTextProperty(xcb_atom_t property, std::string_view text) {
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_STRING, 8,
                         static_cast<std::uint32_t>(text.size()), text.data());
   }
 
-  void open() {
+  void openWindow() {
     const xcb_colormap_t colormap = xcb_generate_id(connection_);
     xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap, screen_->root, visual_);
     std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
@@ -203,14 +202,14 @@ class BadHost {
                                               isTranslucent() ? 0 : screen_->black_pixel, events,
                                               colormap};
     window_ = xcb_generate_id(connection_);
-    xcb_create_window(connection_, depth_, window_, screen_->root, kLeft, kTop, width_, height_, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
+    xcb_create_window(connection_, depth_, window_, screen_->root, kLeft, kTop, initialWidth_,
+                      initialHeight_, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
                       XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
                       values.data());
-    currentWidth_ = width_;
-    currentHeight_ = height_;
-    setText(XCB_ATOM_WM_NAME, "badhost " + habit_);
-    setText(XCB_ATOM_WM_CLASS, std::string_view("badhost\0BadHost\0", 16));
+    currentWidth_ = initialWidth_;
+    currentHeight_ = initialHeight_;
+    setTextProperty(XCB_ATOM_WM_NAME, "badhost " + habit_);
+    setTextProperty(XCB_ATOM_WM_CLASS, std::string_view("badhost\0BadHost\0", 16));
     const xcb_atom_t deleteWindow = atom("WM_DELETE_WINDOW");
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"),
                         XCB_ATOM_ATOM, 32, 1, &deleteWindow);
@@ -218,8 +217,8 @@ class BadHost {
     const std::array<std::uint32_t, 18> sizeHints{(1U << 2U) | (1U << 3U) | (1U << 9U),
                                                   kLeft,
                                                   kTop,
-                                                  width_,
-                                                  height_,
+                                                  initialWidth_,
+                                                  initialHeight_,
                                                   0,
                                                   0,
                                                   0,
@@ -265,16 +264,17 @@ class BadHost {
     }
   }
 
-  void changeState(std::uint32_t action, const std::string& first, const std::string& second) {
+  void changeState(std::uint32_t action, const std::string& firstState,
+                   const std::string& secondState) {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window_;
     message.type = atom("_NET_WM_STATE");
     message.data.data32[0] = action;
-    message.data.data32[1] = atom(first);
-    message.data.data32[2] = second.empty() ? 0 : atom(second);
-    message.data.data32[3] = 1;
+    message.data.data32[1] = atom(firstState);
+    message.data.data32[2] = secondState.empty() ? 0 : atom(secondState);
+    message.data.data32[3] = 1;  // the source of the request: an application
     xcb_send_event(connection_, 0, screen_->root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&message));
@@ -299,8 +299,8 @@ class BadHost {
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::string habit_;
-  std::uint16_t width_;   // of a new window
-  std::uint16_t height_;  // of a new window
+  std::uint16_t initialWidth_;
+  std::uint16_t initialHeight_;
   std::uint16_t currentWidth_ = 0;
   std::uint16_t currentHeight_ = 0;
   std::uint8_t depth_ = 0;

@@ -1,4 +1,7 @@
-"""The hosts. A host is a program whose window a trial covers (trial.py)."""
+"""The hosts. A host is a program with a window. trial.py covers this window with a launch screen.
+
+One run of trial.py is called a trial.
+"""
 
 import os
 import shlex
@@ -13,27 +16,37 @@ SOURCES = HERE / "programs"
 class Host:
     """A program with a window.
 
-    `command` can contain the placeholders `bin`, the folder of the built programs, and `home`, the home
-    folder of the trial. `window` is a part of the window's class or title. `build_commands` build the
-    program. Their placeholders are `bin` and `sources`, the folder of the source files. `needs`
-    contains the names of other programs that must be installed. `variables` contains environment
-    variables for the program.
+    `command` starts the program. It can contain two placeholders. `{bin}` is the folder of the built
+    programs. `{home}` is the home folder of the trial.
 
-    `changes_window` is true if the program changes its window on SIGUSR1. `recreates_window` is true if
-    the change destroys the window and opens another window. `maps_again` is true if the change unmaps
-    the window and maps it again. A second SIGUSR1 undoes the change if `recreates_window` and `maps_again`
-    are false. `changes_before_cover` is true if the change happens before the trial covers the window. If
-    it is false, the change happens while the window is covered.
+    `window` is a part of the window's class or title.
 
-    `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down and
-    Page Up while the window is covered.
+    `needs` contains the names of other programs that must be installed.
 
-    `prepare` is None, or a function that takes the folder of the built programs and returns more
-    environment variables. Trials of hosts with `prepare` run one at a time.
+    `build_commands` build the program. They can contain the placeholders `{bin}` and `{sources}`.
+    `{sources}` is the folder of the source files.
+
+    `variables` contains environment variables for the program.
+
+    `changes_window` is true if the program changes its window on SIGUSR1. Unless `recreates_window` or
+    `maps_again` is true, the next SIGUSR1 undoes the change.
+
+    `recreates_window` is true if the program destroys its window on SIGUSR1 and opens another window.
+
+    `maps_again` is true if the program unmaps its window on SIGUSR1 and maps it again.
+
+    `changes_before_cover` is true if the window changes before the trial covers it. If it is false, the
+    window changes while it is covered.
+
+    `draws_on_keys` is true if the program draws only on input. For such a program, the trial presses
+    Page Down and Page Up while the window is covered.
+
+    `prepare` is None, or a function that returns more environment variables. Its parameter is the folder
+    of the built programs. Trials of hosts with `prepare` run one at a time.
 
     `buttons` is None if the program draws no window buttons itself. Otherwise it maps the name of each
-    such button to an offset: the position of the button's centre relative to the top right corner of
-    the window without the shadow.
+    button to the position of the button's centre. The position is relative to the
+    top right corner of the window without its shadow.
     """
 
     def __init__(self, name, description, command, window, needs=(), build_commands=(), variables=None):
@@ -57,19 +70,20 @@ class Host:
             setattr(self, name, value)
         return self
 
-    def reason_not_to_run(self, programs):
+    def reason_not_to_run(self, programs_folder):
         """Returns the reason why the host cannot run, or None."""
         for need in self.needs:
             if shutil.which(need) is None:
                 return "%s is not installed" % need
-        program = self.command[0].format(bin=programs, home="")
+        program = self.command[0].format(bin=programs_folder, home="")
         if shutil.which(program) is None:
             return "%s does not exist" % program
         return None
 
 
 def _bad_host(habit, description, name=None):
-    # The habit "argb" is not bad, so the name of its host has no "bad-".
+    """Returns a host that runs hosts-badhost with `habit`. badhost.cpp describes the habits."""
+    # The name "argb" has no prefix "bad-", because a translucent window is no fault.
     name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
@@ -85,7 +99,7 @@ def _compile_command(name, package, source, compiler):
 
 
 def _sdl2_host(name, description, *arguments):
-    """Returns an SDL 2 game that runs with `arguments`. sdl2.c describes them."""
+    """Returns an SDL 2 game. `arguments` can name a change that the game makes to its window (sdl2.c)."""
     return Host(
         name,
         description,
@@ -95,12 +109,12 @@ def _sdl2_host(name, description, *arguments):
     ).with_settings(changes_window=bool(arguments))
 
 
-def _prepare_wine(programs):
-    """Returns the environment variable of the Wine prefix.
+def _prepare_wine(programs_folder):
+    """Returns the environment variable that selects the Wine prefix.
 
-    All trials share one prefix, because Wine takes long to create one.
+    All trials share one prefix, because Wine takes long to create a prefix.
     """
-    return {"WINEPREFIX": str(Path(programs) / "wine")}
+    return {"WINEPREFIX": str(Path(programs_folder) / "wine")}
 
 
 _CLIENT_SIDE_BUTTONS = {"close": (-24, 23)}
@@ -216,11 +230,11 @@ HOSTS = [
 ]
 
 
-def build(host, programs):
-    """Builds the host's program. Returns the reason for a failure, or None."""
+def build(host, programs_folder):
+    """Builds the host's program in `programs_folder`. Returns the reason for a failure, or None."""
     for command in host.build_commands:
         command = command.format(
-            bin=shlex.quote(str(programs)), sources=shlex.quote(str(SOURCES))
+            bin=shlex.quote(str(programs_folder)), sources=shlex.quote(str(SOURCES))
         )
         process = subprocess.run(
             ["bash", "-c", "set -o pipefail; " + command],

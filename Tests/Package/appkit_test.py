@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Builds AppKit hosts that use the installed library. The hosts run without a display, so they show only that
-AppKit and the Objective-C interface are linked."""
+"""Tests the components AppKit and ObjectiveC of the installed CMake package. The tests build hosts: programs
+that use the library. The hosts run without a display, so they can only check that AppKit and the
+Objective-C interface are linked."""
 
 import os
 import re
@@ -21,7 +22,7 @@ class AppKitTest(unittest.TestCase):
         output = run(folder / "host_objc", HOME=str(folder))
         self.assertEqual(output, "engine launch_screen, has no manager\n")
 
-    def check_that_the_component_is_not_found(self, reason, prefix, *settings):
+    def check_that_the_component_appkit_is_not_found(self, reason, prefix, *settings):
         folder = make_folder("appkit_not_found")
         result = try_run(
             "cmake", "-S", CONSUMERS / "appkit", "-B", folder, f"-DCMAKE_PREFIX_PATH={prefix}", *settings
@@ -31,16 +32,17 @@ class AppKitTest(unittest.TestCase):
         self.assertIn(f"The component AppKit is not available. Missing: {reason}", message)
 
     def test_the_component_appkit_is_not_found_without_gnustep_config(self):
-        # An empty value stands for a system without gnustep-config.
-        self.check_that_the_component_is_not_found("gnustep-config", PREFIX, "-DVEL_GNUSTEP_CONFIG=")
+        # An empty path simulates a missing gnustep-config.
+        self.check_that_the_component_appkit_is_not_found("gnustep-config", PREFIX, "-DVEL_GNUSTEP_CONFIG=")
 
-    def test_the_component_appkit_is_not_found_if_only_the_debian_files_are_installed(self):
+    def test_the_component_appkit_is_not_found_if_the_appkit_back_end_is_not_installed(self):
         prefix = make_folder("without_appkit")
+        # The AppKit back end is in a different installation component: `appkit`.
         for component in ("runtime", "development"):
             run("cmake", "--install", BUILD, "--component", component, "--prefix", prefix)
-        self.check_that_the_component_is_not_found("the AppKit back end", prefix)
+        self.check_that_the_component_appkit_is_not_found("the AppKit back end", prefix)
 
-    def test_the_installed_objective_c_headers_are_those_that_the_main_header_includes(self):
+    def test_objective_c_h_includes_exactly_the_installed_headers(self):
         text = (HEADERS / "ObjectiveC.h").read_text(encoding="utf-8")
         included_headers = set(re.findall(r'#import "Bindings/ObjectiveC/(.+)"', text))
         installed_headers = {header.name for header in (HEADERS / "Bindings/ObjectiveC").iterdir()}

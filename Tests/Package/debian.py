@@ -14,7 +14,7 @@ def field(file, name):
 
 
 def package_files():
-    """Returns the file of each built package, by package name."""
+    """Maps the name of each built package to its .deb file."""
     return {field(file, "Package"): file for file in (WORK / "debian").glob("*.deb")}
 
 
@@ -25,6 +25,9 @@ def contents(file):
 
 
 def is_installed(package):
-    """True if the package is installed, or has been removed but has files left."""
+    """True if the package is installed.
+
+    A removed package counts as installed while its configuration files remain.
+    """
     status = try_run("dpkg-query", "--show", "--showformat=${db:Status-Status}", package).stdout
     return status not in ("", "not-installed")

@@ -14,7 +14,7 @@ namespace vel::test {
 
 namespace {
 
-// The maximum time without output. It is long enough for a busy machine.
+// The maximum time for which the program may print nothing. Long enough for a busy machine.
 constexpr int kTimeoutInMilliseconds = 30'000;
 
 std::array<int, 2> makePipe() {
@@ -74,6 +74,7 @@ void ShowProcess::pressEnter() const {
 }
 
 int ShowProcess::wait() {
+  // Reads first, because the program blocks while the pipe is full.
   while (readOutput(kTimeoutInMilliseconds)) {
   }
   return process_.wait();
@@ -83,6 +84,7 @@ double ShowProcess::timeOf(std::string_view ending) const {
   std::istringstream lines(output_);
   for (std::string line; std::getline(lines, line);) {
     if (line.ends_with(ending)) {
+      // The line begins with the time in seconds.
       return std::strtod(line.c_str(), nullptr);
     }
   }

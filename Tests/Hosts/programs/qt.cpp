@@ -1,4 +1,4 @@
-// A Qt game loop, for Qt 5 and Qt 6.
+// A Qt game. Builds with Qt 5 and Qt 6.
 #include <QtCore/QTimer>
 #include <QtGui/QPainter>
 #include <QtWidgets/QApplication>

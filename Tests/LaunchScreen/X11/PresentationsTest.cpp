@@ -7,21 +7,22 @@
 namespace vel::test {
 namespace {
 
-constexpr std::int32_t kEmbedded = 0;
-constexpr std::int32_t kSheet = 1;
-constexpr std::int32_t kModal = 2;
-constexpr double kLongDuration = 600;
+constexpr std::int32_t kHostModeEmbedded = 0;
+constexpr std::int32_t kHostModeSheet = 1;
+constexpr std::int32_t kHostModeModalWindow = 2;
+constexpr double kLongDuration = 600;  // seconds
 
 class X11Presentations : public X11HostTest {
  protected:
-  /// True if the launch screen's window is white, horizontally centred in the game, and `top`
-  /// pixels below the game's upper edge.
+  /// True if the launch screen's window is white, measures 480 by 270 pixels, is horizontally
+  /// centred in the game, and is `top` pixels below the game's upper edge.
   [[nodiscard]] bool isWhiteAt(const Strong<NSWindow>& window, int top) const {
     const PixelRect gameArea = client.areaOnScreen(game);
     const PixelRect expected{gameArea.x + (gameArea.width - 480) / 2, gameArea.y + top, 480, 270};
     return client.areaOnScreen(idOf(window->handle())) == expected &&
            client.screenPicture(expected).isAll(kWhite);
   }
+  /// Moves the game and waits until `player`, the game's NSWindow, has the new position.
   void moveGame(int x, int y) {
     const PixelRect previousArea = client.areaOnScreen(game);
     client.configure(game, {x, y, previousArea.width, previousArea.height});
@@ -33,8 +34,8 @@ class X11Presentations : public X11HostTest {
   }
 };
 
-TEST_F(X11Presentations, ASheetMovesWithItsHostWindow) {
-  present(kLongDuration, kSheet);
+TEST_F(X11Presentations, ASheetMovesWithTheGame) {
+  present(kLongDuration, kHostModeSheet);
   const auto sheets = player->sheets();
   ASSERT_EQ(sheets.size(), 1U);
   ASSERT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
@@ -42,12 +43,12 @@ TEST_F(X11Presentations, ASheetMovesWithItsHostWindow) {
   EXPECT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
 }
 
-TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWindowWithoutTheRunLoop) {
-  present(kLongDuration, kEmbedded);
+TEST_F(X11Presentations, TheServerMovesAnEmbeddedCoverWithTheGame) {
+  present(kLongDuration, kHostModeEmbedded);
   ASSERT_TRUE(runUntil([&] { return client.screenPicture(game).isAll(kWhite); }));
   const PixelRect previousArea = client.areaOnScreen(game);
   client.configure(game, {420, 350, previousArea.width, previousArea.height});
-  // The run loop does not run here: the server moves the cover with its parent window.
+  // The run loop does not run here. The server moves the cover because the game is its parent.
   ASSERT_TRUE(eventually([&] { return !(client.areaOnScreen(game) == previousArea); }));
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
@@ -75,19 +76,20 @@ class X11SecondMonitor : public X11Presentations {
 };
 
 TEST_F(X11SecondMonitor, AnEmbeddedCoverFillsTheGame) {
-  present(kLongDuration, kEmbedded);
+  present(kLongDuration, kHostModeEmbedded);
   EXPECT_TRUE(runUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
 }
 
 TEST_F(X11SecondMonitor, ASheetIsAtTheTopOfTheGame) {
-  present(kLongDuration, kSheet);
+  present(kLongDuration, kHostModeSheet);
   ASSERT_EQ(player->sheets().size(), 1U);
   EXPECT_TRUE(runUntil([this] { return isWhiteAt(player->sheets().front(), 0); }));
 }
 
 TEST_F(X11SecondMonitor, AModalWindowIsInTheMiddleOfTheGame) {
-  present(kLongDuration, kModal);
+  present(kLongDuration, kHostModeModalWindow);
   ASSERT_NE(NSApp->modalWindow(), nullptr);
+  // `SetUp` makes the game 400 pixels high.
   EXPECT_TRUE(runUntil([this] { return isWhiteAt(NSApp->modalWindow(), (400 - 270) / 2); }));
 }
 

@@ -11,7 +11,7 @@ void X11HostTest::SetUp() {
   ASSERT_TRUE(eventually([this] { return client.isViewable(otherWindow); }));
   game = client.openGameWindow({200, 150, 640, 400}, 0x208040);
   ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
-  system();  // opens the back end
+  system();  // opens the X11 back end
   NSApplication::start(takeSystem());
   MetricsCenter::setSink([this](std::string_view event) { events.emplace_back(event); });
   std::string error;
@@ -27,7 +27,7 @@ X11HostTest::~X11HostTest() {
   player = nullptr;
   shutDown();
   MetricsCenter::setSink(nullptr);
-  sDefaultConfiguration = nullptr;
+  sDefaultConfiguration = nullptr;  // the settings of the test's launch screens
 }
 
 void X11HostTest::present(double duration, std::int32_t hostMode) {

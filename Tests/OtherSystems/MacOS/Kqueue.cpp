@@ -1,5 +1,6 @@
-// Simulates a kqueue with epoll. Supports only what KqueueWaitSet.cpp needs: each call of `kevent`
-// makes one change, for a descriptor or a timer, and no call reads events.
+// Simulates a kqueue of macOS with epoll. Supports only what KqueueWaitSet.cpp needs: a call of
+// `kevent` adds or removes one descriptor or timer. It returns no events: KqueueWaitSet.cpp calls
+// `poll` to wait until the kqueue is readable.
 #include <sys/epoll.h>
 #include <sys/event.h>
 #include <sys/timerfd.h>
@@ -72,7 +73,7 @@ Timers timers;
 
 int kqueue() {
   const int descriptor = epoll_create1(0);
-  timers.erase(descriptor);  // a closed kqueue with this descriptor may have left a timer
+  timers.erase(descriptor);  // the timer of a closed kqueue that had the same descriptor
   return descriptor;
 }
 

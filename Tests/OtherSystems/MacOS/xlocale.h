@@ -1,4 +1,4 @@
-// The part of <xlocale.h> of macOS that libc++ uses and Linux does not have.
+// Functions that libc++ uses. <xlocale.h> declares them on macOS. Linux does not declare them.
 #pragma once
 
 #include <locale.h>
