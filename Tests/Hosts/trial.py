@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
-"""Covers the window of one host with a white launch screen, and prints the result as JSON.
+"""Covers a program's window with a white launch screen, and prints the result as JSON.
 
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
-HOST is the name of a host in hosts.py: a program with a window. ENVIRONMENT is a name in environments.py:
-a window manager and a compositor, only a window manager, or neither. The launch screen that covers the
-window is called the cover. ENDING is what ends the cover: "time" (the countdown), "skip" (an input line in
-skip mode), "SIGTERM" or "SIGINT". LAUNCHSCREEN is the program `launchscreen`. PROGRAMS is the folder with
-hosts-sampler and the hosts' programs. The trial ends all processes that it has started. Exits with 1 if the
-trial finds a fault or fails.
+The program is called the host, and the launch screen that covers its window is called the cover.
+
+HOST is the name of a host in hosts.py. ENVIRONMENT is the name of an environment in environments.py: a window
+manager and a compositor, only a window manager, or neither. ENDING is what ends the cover: "time" (the
+countdown), "skip" (an input line in skip mode), "SIGTERM" or "SIGINT". LAUNCHSCREEN is the path of the program
+`launchscreen`. PROGRAMS is the folder with the sampler (hosts-sampler) and the built hosts. Exits with 1 if it
+finds a fault or cannot finish.
 """
 
 import contextlib
@@ -104,10 +105,10 @@ class Lines:
 
 
 class Frame:
-    """One output line of the sampler. sampler.cpp describes the fields.
+    """One output line of the sampler, which reads nine points of the window. sampler.cpp describes the fields.
 
     `state` is V (viewable), U (not viewable) or D (destroyed). `non_white_points` and `backdrop_points` are
-    masks with one bit for each of the nine points that the sampler reads."""
+    masks with one bit for each point. A backdrop point has the colour of the screen behind the window."""
 
     def __init__(self, line):
         fields = line.split()
@@ -179,8 +180,8 @@ class Trial:
     def find_window(self):
         if self.process.poll() is not None:
             return None
-        # If a window is mapped before the main loop of openbox runs, openbox does not manage the window
-        # until openbox receives an event. This message is such an event.
+        # Without an event, openbox does not manage a window that was mapped before the main loop of openbox
+        # runs. This message is an event.
         self.client.message(self.client.root.id, "_NET_CURRENT_DESKTOP", [0])
         return self.client.find(self.host.window)
 
@@ -189,7 +190,7 @@ class Trial:
         the centre."""
         x, y, width, height = self.client.rect(self.window)
         extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
-        # The shadow that the host draws is a part of its window.
+        # A window with _GTK_FRAME_EXTENTS contains a shadow, which the host draws around the visible part.
         shadow_left, shadow_right, shadow_top, shadow_bottom = extents[2] if extents else (0, 0, 0, 0)
         x, y = x + shadow_left, y + shadow_top
         width, height = width - shadow_left - shadow_right, height - shadow_top - shadow_bottom
@@ -198,7 +199,7 @@ class Trial:
         return [(px, py) for px in (x, (x + right) // 2, right) for py in (y, (y + bottom) // 2, bottom)]
 
     def is_drawn(self):
-        """True if at least one point is neither white nor black. An empty screen is black."""
+        """True if at least one point is neither white (the cover) nor black (an empty screen)."""
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
 
     def has_drawn_window(self):
@@ -211,10 +212,10 @@ class Trial:
         return self.is_drawn()
 
     def wait_until_settled(self, pause=0.3):
-        """Waits until the window has not moved or resized for `pause` seconds, at most 10 seconds.
+        """Waits until the window keeps its position and size for `pause` seconds. Stops waiting after 10 seconds.
 
         Returns the position and size of the window."""
-        last_change = [None, 0.0]  # the rectangle, and the time at which it was first read
+        last_change = [None, 0.0]  # the current rectangle, and the time at which it was first read
 
         def is_settled():
             rect = self.client.rect(self.window)
@@ -226,16 +227,18 @@ class Trial:
         return last_change[0]
 
     def wait_for_stable_hints(self):
-        """Waits until the hints have not changed for 0.4 seconds, at most 10 seconds. Returns the hints."""
-        last_change = [None, 0.0]  # the hints, and the time at which they were first read
+        """Waits until the hints stay the same for 0.4 seconds. Stops waiting after 10 seconds.
 
-        def is_settled():
+        Returns the hints."""
+        last_change = [None, 0.0]  # the current hints, and the time at which they were first read
+
+        def is_stable():
             hints = self.hints()
             if hints != last_change[0]:
                 last_change[:] = [hints, time.monotonic()]
             return time.monotonic() - last_change[1] > 0.4
 
-        wait_until(is_settled, 10)
+        wait_until(is_stable, 10)
         return last_change[0]
 
     # The user's actions
@@ -268,8 +271,10 @@ class Trial:
         self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
 
     def use_controls(self, patience):
-        """Minimises, maximises and resizes the window with the mouse, and waits up to `patience` seconds for
-        the effect of each action. Returns the names of the actions that work."""
+        """Minimises, maximises and resizes the window with the mouse. The controls are the two buttons and the
+        frame's corner. Waits up to `patience` seconds for the effect of each control.
+
+        Returns the names of the controls that work."""
         if not self.environment.buttons:
             return []
         working_controls = []
@@ -287,7 +292,8 @@ class Trial:
             if wait_until(lambda: self.rect() != original, patience):
                 working_controls.append("maximise")
                 self.wait_until_settled()
-                # The value 1 adds the states, and 0 removes them. The last value, 2, stands for a pager.
+                # The first value is 1 to add the states and 0 to remove them. The last value, 2, says that a
+                # pager sends the message.
                 self.client.message(
                     self.window,
                     "_NET_WM_STATE",
@@ -323,7 +329,7 @@ class Trial:
 
     def close_by_button(self):
         """Clicks the close button. Returns whether the window closes, or None if the trial cannot check it."""
-        # icewm asks the user whether to kill a host without WM_DELETE_WINDOW.
+        # If a host does not support WM_DELETE_WINDOW, icewm asks the user whether to kill the host.
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
@@ -364,8 +370,8 @@ class Trial:
         return {name: self.client.property(self.window, name) for name in HINTS}
 
     def toggle_change(self):
-        """Makes the host change its window: for example, its size. The next call undoes the change, if the host
-        can undo it."""
+        """Makes the host change its window: for example, resize it. The next call makes the host undo the
+        change. Not every host can undo its change."""
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):
@@ -458,8 +464,8 @@ class Trial:
         """Waits for the cover, ends it, and then checks the sampled frames and the window.
 
         `show` is the process of `launchscreen show`, and `output` contains its output lines. `before` describes
-        the window before the cover. `changed_rect` is the position and size that the host's change gives
-        the window, or None if the trial does not check them."""
+        the window before the cover. `changed_rect` is the position and size that the window has after the host
+        has changed it, or None if the trial does not check them."""
         host, client = self.host, self.client
         has_printed_or_ended = wait_until(
             lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
@@ -486,7 +492,8 @@ class Trial:
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
             self.toggle_change()
-            # A window loses the keyboard focus when it is unmapped. Only a window manager restores the focus.
+            # The change of this host unmaps the window, which then loses the keyboard focus, and maps it again.
+            # Only a window manager restores the focus.
             if host.maps_again and not self.environment.has_manager:
                 wait_until(lambda: not client.is_viewable(self.window), 2)
                 wait_until(lambda: client.is_viewable(self.window))
@@ -501,7 +508,7 @@ class Trial:
             time.sleep(0.5)
         time.sleep(max(0, cover_start + MINIMUM_COVERED_TIME - time.monotonic()))
         if host.recreates_window:
-            # From the change on, the host's new window may hide the covered window.
+            # The change creates a new window, which may hide the covered window.
             end_time = change_time
             if wait_until(lambda: show.poll() is not None, 5) is None:
                 self.add_fault("launchscreen does not end when the window is destroyed")
@@ -547,8 +554,8 @@ class Trial:
             self.sampler_output.join()
 
     def check_frames(self, end_time):
-        """Checks that the window is white from the first white frame to `end_time`, whenever it is viewable.
-        Checks that the window does not turn white again after `end_time`."""
+        """Checks that each viewable frame from the first white frame to `end_time` is white. Checks that the
+        window does not turn white again after `end_time`."""
         frames = self.frames()
         first_white = next((index for index, frame in enumerate(frames) if frame.is_white), None)
         if first_white is None:
@@ -579,8 +586,8 @@ class Trial:
                 "%d of %d frames not white, first after %d ms"
                 % (len(non_white_frames), len(viewable_frames), (non_white_frames[0].time - start_time) // 1_000_000)
             )
-        # If the compositor has not drawn the window yet, each point is white or shows the screen behind the
-        # window. The list does not contain such frames.
+        # Leave out the frames in which the compositor has not drawn the window yet. In such a frame each point
+        # is white or shows the screen behind the window.
         whiteness_after_end = [
             frame.is_white
             for frame in frames
@@ -598,10 +605,10 @@ class Trial:
     def undrawn_frames(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window that was just mapped, moved or
         resized. In such a frame each point is white or shows the screen behind the window."""
-        # The initial value of `last_change_time` means that the window has not changed yet.
+        # `last_change_time` is the time of the first frame until the window changes.
         undrawn, last_change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
-            # After a pause of more than 50 ms between viewable frames, the window counts as mapped again.
+            # After more than 50 ms without a viewable frame, treat the window as mapped again.
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
                 last_change_time = frame.time
             if (
@@ -619,7 +626,7 @@ class Trial:
             return [name for name in HINTS if hints[name] != before["hints"][name]]
 
         wait_until(lambda: not changed_hints(), 3)
-        # _NET_WM_STATE may differ if the host has maximised its window or made it fullscreen.
+        # A host that maximises its window or makes it fullscreen also changes _NET_WM_STATE.
         changed = [
             name
             for name in changed_hints()
@@ -631,8 +638,8 @@ class Trial:
             self.result["hints"] = {name: [before["hints"][name], hints[name]] for name in changed}
         if not wait_until(lambda: self.rect() == expected_rect, 3):
             self.add_fault("position and size %s, not %s" % (self.rect(), expected_rect))
-        # Checks the allowed actions only if the window manager has written them. godot3-runner writes the list
-        # itself, without _NET_WM_ACTION_CLOSE.
+        # Check the allowed actions only if the window manager has written them. A window manager's
+        # list contains _NET_WM_ACTION_CLOSE. The host godot3-runner writes a list without this action.
         if expected_rect == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
             self.check_actions(before["actions"])
         children = self.client.child_count(self.window)

@@ -1,7 +1,7 @@
-// LaunchScreenManager as a delegate of the launch screen's controller. The manager runs the
-// countdown, allows or refuses dismissals, and schedules the analytics event. The event is recorded
-// half a second after it has been scheduled. When a launch screen is about to be presented, the
-// manager subscribes to six notifications.
+// LaunchScreenManager is a delegate of the launch screen's controller. The manager runs the
+// countdown, and allows or refuses dismissals. When a launch screen is about to be presented, the
+// manager subscribes to six notifications. The manager also schedules an analytics event. The event
+// is recorded half a second after it has been scheduled.
 #include <limits>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -24,8 +24,8 @@ class CallbacksTest : public LaunchScreenTest {
     manager->startTimer();
   }
   // Shows a launch screen whose controller presents another controller as a sheet. Returns the
-  // presented controller. The sheet takes the focus, which sets `appIsUnfocused` and pauses the
-  // countdown.
+  // presented controller. The sheet takes the focus, so the manager sets `appIsUnfocused` and
+  // pauses the countdown.
   Strong<NSViewController> showLaunchScreenThatPresentsASheet(double duration) {
     load(duration);
     present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
@@ -47,7 +47,7 @@ TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   EXPECT_EQ(timeLeft(), 5.0);
 }
 
-TEST_F(CallbacksTest, WillPresentOnlySubscribesIfTheTimeLeftIsNotPositive) {
+TEST_F(CallbacksTest, WillPresentStartsNoCountdownIfTheTimeLeftIsNotPositive) {
   std::size_t callCount = 0;
   for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
@@ -57,7 +57,7 @@ TEST_F(CallbacksTest, WillPresentOnlySubscribesIfTheTimeLeftIsNotPositive) {
   }
 }
 
-TEST_F(CallbacksTest, WillPresentOnlySubscribesWhileUnfocused) {
+TEST_F(CallbacksTest, WillPresentStartsNoCountdownWhileTheAppIsUnfocused) {
   setTimeLeft(5.0);
   manager->setAppIsUnfocused(true);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -77,7 +77,7 @@ TEST_F(CallbacksTest, ASecondWillPresentSubscribesAgainAndKeepsTheCountdown) {
 
 // canLaunchScreenControllerDismiss in skip mode
 
-TEST_F(CallbacksTest, InSkipModeADismissalWhileFocusedIsAlwaysAllowed) {
+TEST_F(CallbacksTest, SkipModeAllowsEveryDismissalWhileTheAppIsFocused) {
   configuration().setSkipMode(true);
   for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNaN}) {
     startCountdown(seconds);
@@ -91,14 +91,14 @@ TEST_F(CallbacksTest, InSkipModeADismissalWhileFocusedIsAlwaysAllowed) {
   }
 }
 
-TEST_F(CallbacksTest, InSkipModeADismissalKeepsTheTimeLeft) {
+TEST_F(CallbacksTest, ADismissalInSkipModeKeepsTheTimeLeft) {
   configuration().setSkipMode(true);
   startCountdown(0.05);
   EXPECT_TRUE(canDismiss());
   EXPECT_EQ(timeLeft(), 0.05);
 }
 
-TEST_F(CallbacksTest, InSkipModeADismissalWhileUnfocusedIsPostponed) {
+TEST_F(CallbacksTest, SkipModePostponesADismissalWhileTheAppIsUnfocused) {
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(true);
   for (const double seconds : {5.0, 0.05}) {
@@ -114,14 +114,14 @@ TEST_F(CallbacksTest, InSkipModeADismissalWhileUnfocusedIsPostponed) {
   }
 }
 
-TEST_F(CallbacksTest, InSkipModeALaunchScreenThatPresentsASheetCanBeDismissed) {
+TEST_F(CallbacksTest, SkipModeAllowsADismissalWhileASheetIsPresented) {
   const auto sheet = showLaunchScreenThatPresentsASheet(5.0);
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(false);
   EXPECT_TRUE(canDismiss());
 }
 
-TEST_F(CallbacksTest, InSkipModeNoEventIsEverRecorded) {
+TEST_F(CallbacksTest, SkipModeRecordsNoEvent) {
   load(5.0, "skip");
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   platform.run(1.0);
@@ -132,7 +132,7 @@ TEST_F(CallbacksTest, InSkipModeNoEventIsEverRecorded) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
+TEST_F(CallbacksTest, TheCountdownEndsTheLaunchScreenInSkipMode) {
   load(1.0, "skip");
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   platform.run(1.1);
@@ -178,7 +178,7 @@ TEST_F(CallbacksTest, ALateDismissalSchedulesNoEventIfTheTimerIsInvalid) {
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(CallbacksTest, ALateDismissalWhileUnfocusedPostponesTheEvent) {
+TEST_F(CallbacksTest, ALateDismissalPostponesTheEventWhileTheAppIsUnfocused) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   startCountdown(0.1);
@@ -196,7 +196,7 @@ TEST_F(CallbacksTest, ALateDismissalIsRefusedWhileASheetIsPresented) {
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_TRUE(manager->eventWasSended()) << "the timer was running";
-  // The override of the launch screen's controller would ask its delegates. Call the base class.
+  // Calls the base class, because the override in LaunchScreenViewController asks the delegates.
   controller()->NSViewController::dismissViewController(sheet);
   EXPECT_TRUE(canDismiss());
 }
@@ -208,9 +208,9 @@ TEST_F(CallbacksTest, ALateDismissalOfANullControllerIsAllowed) {
 
 // canLaunchScreenControllerDismiss for an early dismissal: more than 0.1 s is left.
 
-TEST_F(CallbacksTest, AnEarlyDismissalIsRefusedAndSchedulesTheEventTwoSecondsLater) {
+TEST_F(CallbacksTest, AnEarlyDismissalIsRefusedAndTheEventIsScheduledAfterTwoSeconds) {
   load(5.0);
-  // The first value is the smallest double above 0.1. The third value is the float 0.1.
+  // The first value is the smallest double above 0.1. The third value is the float nearest to 0.1.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
     startCountdown(seconds);
     const auto runningTimer = timer();
@@ -273,7 +273,7 @@ TEST_F(CallbacksTest, WillDismissDoesNothing) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-TEST_F(CallbacksTest, DidDismissUnsubscribesStopsTheCountdownAndSchedulesTheEvent) {
+TEST_F(CallbacksTest, DidDismissUnsubscribesAndStopsTheCountdownAndSchedulesTheEvent) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -290,7 +290,7 @@ TEST_F(CallbacksTest, DidDismissUnsubscribesStopsTheCountdownAndSchedulesTheEven
   EXPECT_EQ(platform.events, (Events{{"e", 0.5}}));
 }
 
-TEST_F(CallbacksTest, InSkipModeDidDismissSchedulesNoEvent) {
+TEST_F(CallbacksTest, DidDismissSchedulesNoEventInSkipMode) {
   configuration().setSkipMode(true);
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -323,7 +323,7 @@ TEST_F(CallbacksTest, TheLastTickSchedulesNoEventBeforeTheDismissal) {
 
 TEST_F(CallbacksTest, ALaunchScreenThatPresentsASheetStaysWhenItsTimeIsUsedUp) {
   const auto sheet = showLaunchScreenThatPresentsASheet(1.0);
-  // The sheet took the focus, which paused the countdown.
+  // Resume the countdown, which paused when the sheet took the focus.
   manager->startTimer();
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);

@@ -1,4 +1,5 @@
-// The default configuration. The first use creates it. A host can replace it, but not with null.
+// LaunchScreenConfiguration, and the default configuration. The first call of
+// `defaultConfiguration` creates the default. A host can replace the default, but not with null.
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -89,7 +90,7 @@ TEST_F(ConfigurationTest, SettingTheCurrentDefaultAgainChangesNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, AReplacedDefaultStaysReadableForACallerThatOwnsIt) {
+TEST_F(ConfigurationTest, AReplacedDefaultKeepsItsValuesWhileACallerHoldsIt) {
   const auto previousConfiguration = Configuration::defaultConfiguration();
   previousConfiguration->setSkipMode(true);
   const auto configuration = Configuration::init();
@@ -101,13 +102,13 @@ TEST_F(ConfigurationTest, AReplacedDefaultStaysReadableForACallerThatOwnsIt) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, AReplacedDefaultWithoutAnotherOwnerIsDestroyed) {
+TEST_F(ConfigurationTest, AReplacedDefaultIsDestroyedIfNoCallerHoldsIt) {
   const Weak<Configuration> previousConfiguration = Configuration::defaultConfiguration();
   Configuration::setDefaultConfiguration(Configuration::init());
   EXPECT_TRUE(previousConfiguration.expired());
 }
 
-TEST_F(ConfigurationTest, TheDefaultStaysAliveWithoutAnotherOwner) {
+TEST_F(ConfigurationTest, TheDefaultStaysAliveEvenIfNoCallerHoldsIt) {
   auto newConfiguration = Configuration::init();
   const Weak<Configuration> configuration = newConfiguration;
   Configuration::setDefaultConfiguration(std::move(newConfiguration));

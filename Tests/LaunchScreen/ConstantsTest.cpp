@@ -14,7 +14,7 @@ TEST(ConstantsTest, TheEngineNameIsLaunchScreen) {
   EXPECT_EQ(kLaunchScreenEngine, "launch_screen");
 }
 
-TEST(ConstantsTest, RequestKeysAndModesHaveTheExpectedText) {
+TEST(ConstantsTest, TheKeysAndTheModesOfARequestHaveTheExpectedText) {
   EXPECT_EQ(LaunchScreenContentRequest.mode, "mode");
   EXPECT_EQ(LaunchScreenContentRequest.skip, "skip");
   EXPECT_EQ(LaunchScreenContentRequest.forced, "forced");
@@ -22,7 +22,7 @@ TEST(ConstantsTest, RequestKeysAndModesHaveTheExpectedText) {
   EXPECT_EQ(LaunchScreenContentRequest.event, "event");
 }
 
-TEST(ConstantsTest, TheKeysAndModesAreAStructureOfFiveMembersInThisOrder) {
+TEST(ConstantsTest, TheKeysStructureHasTheExpectedLayout) {
   using Keys = LaunchScreenContentRequestKeys;
   static_assert(std::is_standard_layout_v<Keys>);
   constexpr std::size_t kTextSize = sizeof(std::string_view);

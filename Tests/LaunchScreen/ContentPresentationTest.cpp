@@ -1,7 +1,7 @@
 // The host presents and dismisses the launch screen through a `LaunchScreenContent` ("the
-// content"). The content forwards the calls of the launch screen's controller to the host delegate.
-// `controller` is a launch screen's controller. The fixture records events as lines. The line
-// "style 15" means that the window gets a title and all controls again.
+// content"). The launch screen's controller notifies the content. The content then notifies its
+// delegate, which belongs to the host ("the host delegate"). The fixture records events as lines.
+// The line "style 15" means that the window gets a title and all controls again.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -14,7 +14,7 @@ class ContentPresentationTest : public CoverTest {
  protected:
   ~ContentPresentationTest() override { content->deactivate(); }
 
-  static std::string lineWithMode(std::string_view mode) {
+  static std::string logLineWithMode(std::string_view mode) {
     return "LaunchScreenContent (-[LaunchScreenContent presentForWindow:withPresentationMode:]) "
            "mode: " +
            std::string(mode);
@@ -29,9 +29,9 @@ class ContentPresentationTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-// The references between a content, its data, its presentation and its controller
+// The properties of a content
 
-TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItself) {
+TEST_F(ContentPresentationTest, TheContentIsItsOwnDataAndPresentationAndContentView) {
   EXPECT_EQ(content->data(), content);
   EXPECT_EQ(content->presentation(), content);
   EXPECT_EQ(content->getContentView(), content);
@@ -47,7 +47,7 @@ TEST_F(ContentPresentationTest, TheClassNameIsLaunchScreenContent) {
   EXPECT_EQ(content->className(), "LaunchScreenContent");
 }
 
-TEST_F(ContentPresentationTest, TheContentDoesNotImplementRewardedOrCompletedView) {
+TEST_F(ContentPresentationTest, TheContentImplementsNeitherRewardedNorCompletedView) {
   const Strong<CVPresentation> presentation = content->presentation();
   EXPECT_FALSE(respondsTo<&CVPresentation::rewarded>(presentation));
   EXPECT_FALSE(respondsTo<&CVPresentation::completedView>(presentation));
@@ -85,8 +85,8 @@ TEST_F(ContentPresentationTest, TheLogLineShowsTheHostModeAsAnUnsignedNumber) {
   for (const std::int32_t hostMode : {0, 1, 2, 3, -1}) {
     content->presentForWindowWithPresentationMode(nullptr, hostMode);
   }
-  EXPECT_EQ(platform.log, (Lines{lineWithMode("0"), lineWithMode("1"), lineWithMode("2"),
-                                 lineWithMode("3"), lineWithMode("4294967295")}));
+  EXPECT_EQ(platform.log, (Lines{logLineWithMode("0"), logLineWithMode("1"), logLineWithMode("2"),
+                                 logLineWithMode("3"), logLineWithMode("4294967295")}));
 }
 
 TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
@@ -94,16 +94,16 @@ TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
   bool wasPresented = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasPresented = true;
-    EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
+    EXPECT_EQ(platform.log, Lines{logLineWithMode("0")});
   });
   content->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(wasPresented);
 }
 
-TEST_F(ContentPresentationTest, WithoutAControllerPresentOnlyLogs) {
+TEST_F(ContentPresentationTest, PresentWithoutAControllerOnlyLogs) {
   const auto window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(window, 0);
-  EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
+  EXPECT_EQ(platform.log, Lines{logLineWithMode("0")});
   EXPECT_TRUE(window->contentView()->subviews().empty());
 }
 
@@ -145,7 +145,7 @@ TEST_F(ContentPresentationTest, DismissCallsTheControllerOnceAndLogsNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
+TEST_F(ContentPresentationTest, DismissWithoutAControllerDoesNothing) {
   content->dismissViewController();
   EXPECT_TRUE(platform.log.empty());
 }
@@ -179,7 +179,7 @@ TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDelegateDoesNotRespondIsNotCalled) {
+TEST_F(ContentForwardingTest, TheContentSkipsOperationsToWhichTheHostDelegateDoesNotRespond) {
   hostDelegate->agrees = false;
   for (const ContentViewCall call : {ContentViewCall::WillAppear, ContentViewCall::CanDisappear,  //
                                      ContentViewCall::DidDisappear}) {
@@ -191,7 +191,7 @@ TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDelegateDoesNotRespondIsN
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostDelegateResponds) {
+TEST_F(ContentForwardingTest, TheContentSkipsOnlyTheOperationToWhichTheHostDelegateDoesNotRespond) {
   hostDelegate->stopRespondingTo(ContentViewCall::CanDisappear);
   content->launchScreenControllerWillPresent(controller);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
@@ -199,7 +199,7 @@ TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostDele
   EXPECT_EQ(takeEvents(), (Lines{"host: will appear", "host: did disappear"}));
 }
 
-TEST_F(ContentForwardingTest, WithoutAHostDelegateCanDismissReturnsTrue) {
+TEST_F(ContentForwardingTest, CanDismissReturnsTrueWithoutAHostDelegate) {
   content->setDelegate(nullptr);
   content->launchScreenControllerWillPresent(controller);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(controller));
@@ -243,12 +243,12 @@ TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostDelegate) {
                                  "viewWillAppear", "host: will appear",
                                  "window opened",  // the sheet
                                  "viewDidAppear"}));
-  const auto hostController = content->viewController();
+  const auto contentController = content->viewController();
   hostDelegate->agrees = false;
-  hostController->dismissViewController(hostController);
+  contentController->dismissViewController(contentController);
   EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
   hostDelegate->agrees = true;
-  hostController->dismissViewController(hostController);
+  contentController->dismissViewController(contentController);
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
                                  "viewDidDisappear", "host: did disappear"}));
 }

@@ -1,4 +1,5 @@
-// The creation of the launch screen's controller and its delegates.
+// The controller of a launch screen: how it is created, and how it stores and notifies its
+// delegates.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -10,39 +11,39 @@ using Limits = std::numeric_limits<double>;
 
 class ControllerCreationTest : public CoverTest {
  protected:
-  static Strong<LaunchScreenViewController> createWithInterval(double seconds) {
+  static Strong<LaunchScreenViewController> createWithExpirationInterval(double seconds) {
     configuration().setExpirationTimeInterval(seconds);
     return LaunchScreenViewController::init();
   }
 };
 
-TEST_F(ControllerCreationTest, InitReturnsNullAndLogsNothingIfTheIntervalIsNotPositive) {
-  EXPECT_EQ(createWithInterval(0), nullptr);
-  EXPECT_EQ(createWithInterval(-0.0), nullptr);
-  EXPECT_EQ(createWithInterval(-1), nullptr);
-  EXPECT_EQ(createWithInterval(-Limits::denorm_min()), nullptr);
-  EXPECT_EQ(createWithInterval(-Limits::infinity()), nullptr);
+TEST_F(ControllerCreationTest, InitReturnsNullAndLogsNothingIfTheExpirationIntervalIsNotPositive) {
+  EXPECT_EQ(createWithExpirationInterval(0), nullptr);
+  EXPECT_EQ(createWithExpirationInterval(-0.0), nullptr);
+  EXPECT_EQ(createWithExpirationInterval(-1), nullptr);
+  EXPECT_EQ(createWithExpirationInterval(-Limits::denorm_min()), nullptr);
+  EXPECT_EQ(createWithExpirationInterval(-Limits::infinity()), nullptr);
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ControllerCreationTest, InitCreatesAControllerForAnyPositiveInterval) {
-  EXPECT_NE(createWithInterval(0.1), nullptr);
-  EXPECT_NE(createWithInterval(Limits::denorm_min()), nullptr);
-  EXPECT_NE(createWithInterval(Limits::infinity()), nullptr);
+TEST_F(ControllerCreationTest, InitCreatesAControllerForAnyPositiveExpirationInterval) {
+  EXPECT_NE(createWithExpirationInterval(0.1), nullptr);
+  EXPECT_NE(createWithExpirationInterval(Limits::denorm_min()), nullptr);
+  EXPECT_NE(createWithExpirationInterval(Limits::infinity()), nullptr);
 }
 
-TEST_F(ControllerCreationTest, InitCreatesAControllerIfTheIntervalIsNaN) {
-  EXPECT_NE(createWithInterval(Limits::quiet_NaN()), nullptr);
+TEST_F(ControllerCreationTest, InitCreatesAControllerIfTheExpirationIntervalIsNaN) {
+  EXPECT_NE(createWithExpirationInterval(Limits::quiet_NaN()), nullptr);
 }
 
 TEST_F(ControllerCreationTest, InitReadsTheCurrentDefaultConfiguration) {
-  // The interval of a new configuration is 0, so no controller is created.
+  // The expiration interval of a new configuration is 0, so no controller is created.
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   EXPECT_EQ(LaunchScreenViewController::init(), nullptr);
 }
 
 TEST_F(ControllerCreationTest, ANewControllerIsInEmbeddedModeAndItsOtherPropertiesAreUnset) {
-  const auto newController = createWithInterval(0.1);
+  const auto newController = createWithExpirationInterval(0.1);
   EXPECT_EQ(newController->presentationMode(), 0);
   EXPECT_EQ(newController->appWindow(), nullptr);
   EXPECT_EQ(newController->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);  // no style mask is saved
@@ -189,7 +190,7 @@ TEST_F(ControllerDelegatesTest, ADelegateThatDoesNotRespondToAnOperationIsSkippe
                                  "viewDidDisappear", "second: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, WithoutADelegatesArrayNoDelegateIsNotified) {
+TEST_F(ControllerDelegatesTest, AControllerWithoutADelegatesArrayNotifiesNoDelegate) {
   controller->viewWillAppear();
   controller->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "viewDidDisappear"}));

@@ -1,7 +1,7 @@
-// `dismissViewController` of the launch screen's controller asks all delegates. If every delegate
-// agrees, it dismisses the controller in embedded mode, and the argument in every other mode. The
-// fixture records events as lines. The line "style 15" means that the window gets a title and all
-// controls again.
+// `dismissViewController` of the launch screen's controller asks each delegate whether it agrees.
+// If all delegates agree, the operation dismisses a controller: in embedded mode the launch
+// screen's controller, and in every other mode the argument. The fixture records events as lines.
+// The line "style 15" means that the window gets a title and all controls again.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -65,7 +65,7 @@ TEST_F(ControllerRefusableDismissTest, TheDelegatesAreAskedAboutTheControllerNot
   EXPECT_EQ(firstDelegate->lastController.lock(), controller);
 }
 
-TEST_F(ControllerRefusableDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing) {
+TEST_F(ControllerRefusableDismissTest, ADelegateThatDoesNotRespondToCanDismissIsNotAsked) {
   present(kEmbedded);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->stopRespondingTo(CoverCall::CanDismiss);
@@ -75,13 +75,13 @@ TEST_F(ControllerRefusableDismissTest, ADelegateWithoutCanDismissCountsAsAgreein
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerRefusableDismissTest, WithoutADelegatesArrayTheControllerIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, TheControllerIsDismissedIfItHasNoDelegatesArray) {
   present(kEmbedded);
   controller->dismissViewController(controller);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerRefusableDismissTest, WithAnEmptyDelegatesArrayTheControllerIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, TheControllerIsDismissedIfItsDelegatesArrayIsEmpty) {
   present(kEmbedded);
   controller->addDelegate(nullptr);  // creates the array and adds nothing
   controller->dismissViewController(controller);
@@ -100,7 +100,8 @@ TEST_F(ControllerRefusableDismissTest,
 
 // The dismissal after all delegates have agreed
 
-TEST_F(ControllerRefusableDismissTest, WithAParentTheStyleIsRestoredBeforeTheCoverIsRemoved) {
+TEST_F(ControllerRefusableDismissTest,
+       TheViewOfAControllerWithAParentIsRemovedAfterTheStyleIsRestored) {
   present(kEmbedded);
   addDelegate("first");
   controller->dismissViewController(controller);
@@ -111,7 +112,7 @@ TEST_F(ControllerRefusableDismissTest, WithAParentTheStyleIsRestoredBeforeTheCov
 }
 
 TEST_F(ControllerRefusableDismissTest,
-       WithoutAParentTheStyleIsRestoredOneSecondBeforeTheCoverIsRemoved) {
+       TheViewOfAControllerWithoutAParentIsRemovedOneSecondAfterTheStyleIsRestored) {
   window = openPlayerWindow();
   present(kEmbedded);
   addDelegate("first");
@@ -124,8 +125,7 @@ TEST_F(ControllerRefusableDismissTest,
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerRefusableDismissTest,
-       InEmbeddedModeTheControllerIsDismissedAndTheArgumentIsIgnored) {
+TEST_F(ControllerRefusableDismissTest, EmbeddedModeDismissesTheControllerAndIgnoresTheArgument) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
   window->contentViewController()->presentViewControllerAsSheet(otherController);
@@ -155,7 +155,7 @@ TEST_F(ControllerRefusableDismissTest, ThePlatformDismissesASheet) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(ControllerRefusableDismissTest, InModalWindowAndSheetModeTheArgumentIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, ModalWindowModeAndSheetModeDismissTheArgument) {
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
     const auto otherController = make<NamedViewController>("Other");
@@ -170,7 +170,7 @@ TEST_F(ControllerRefusableDismissTest, InModalWindowAndSheetModeTheArgumentIsDis
   }
 }
 
-TEST_F(ControllerRefusableDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
+TEST_F(ControllerRefusableDismissTest, AnUnknownModeDismissesTheArgument) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
     const auto otherController = make<NamedViewController>("Other");
@@ -182,7 +182,7 @@ TEST_F(ControllerRefusableDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   }
 }
 
-TEST_F(ControllerRefusableDismissTest, InModalWindowModeTheStyleIsNotRestored) {
+TEST_F(ControllerRefusableDismissTest, ModalWindowModeDoesNotRestoreTheStyle) {
   present(kModalWindow);
   controller->setAppWindow(window);
   controller->setAppWindowStyleMask(7);  // differs from the window's style

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Installs the Debian packages on this system, uses them, and removes them. Skipped if the user is not
-root or if one of the packages is already installed."""
+"""Installs the Debian packages on this system, uses them, and removes them. The test is skipped
+if the user is not root or if one of the packages is already installed."""
 
 import fcntl
 import os
@@ -14,7 +14,7 @@ from package import CC, CONSUMERS, EXPECTED_OUTPUT, SOURCE, TIMEOUT, WARNING_FLA
 from package import cmake_build, make_folder, pkg_config, run, try_run
 
 SKIPPED_STATUS = 77  # SKIP_RETURN_CODE in CMakeLists.txt
-LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
+TEST_LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
 
 
 def reason_to_skip():
@@ -28,7 +28,7 @@ def reason_to_skip():
 
 
 def dpkg(*arguments):
-    """Runs dpkg as soon as the dpkg lock is free. Returns what dpkg wrote to stderr."""
+    """Runs dpkg. Tries again while another process holds dpkg's lock. Returns what dpkg wrote to stderr."""
     deadline = time.monotonic() + TIMEOUT
     while True:
         result = try_run("dpkg", *arguments, LC_ALL="C", DEBIAN_FRONTEND="noninteractive")
@@ -60,13 +60,13 @@ class DebianInstallTest(unittest.TestCase):
         self.assertEqual(self.messages, "")
         self.assertTrue(all(map(is_installed, PACKAGES)))
 
-    def test_2_a_host_in_c99_builds_and_records_the_launch_end_event(self):
+    def test_2_pkg_config_finds_the_library(self):
         program = make_folder("debian_c") / "host"
         flags = pkg_config("--cflags", "--libs")
         run(CC, "-std=c99", *WARNING_FLAGS, CONSUMERS / "host.c", *flags, "-o", program)
         self.assertEqual(run(program), EXPECTED_OUTPUT)
 
-    def test_3_hosts_in_a_cmake_project_build_and_record_the_launch_end_event(self):
+    def test_3_cmake_finds_the_library(self):
         folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
         # CMake has found the library in /usr/lib, where the Debian packages install it.
@@ -88,9 +88,9 @@ class DebianInstallTest(unittest.TestCase):
 
 
 def main():
-    # Another build folder may run this test at the same time. Only one of the two tests may install
-    # and remove the packages.
-    with open(LOCK, "a", encoding="utf-8") as lock:
+    # This test can run in two build folders at the same time. Only one of the two processes may install and
+    # remove the packages.
+    with open(TEST_LOCK, "a", encoding="utf-8") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         if reason := reason_to_skip():
             print("skipped:", reason)

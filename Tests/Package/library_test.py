@@ -12,7 +12,7 @@ LIBRARY = PREFIX / LIB / "libVelLaunchScreen.so"
 HEADERS = PREFIX / "include"
 EXPORTS = Path(__file__).resolve().parent / "exports.txt"
 
-# The demangled names of a class's tables and thunks begin with these words.
+# The demangled names of a class's virtual tables, type information and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
 # The name of a class, function or variable in namespace vel. In the name of a class member, this
 # expression matches only the class.
@@ -46,7 +46,7 @@ class LibraryTest(unittest.TestCase):
         self.assertEqual(os.readlink(LIBRARY), "libVelLaunchScreen.so.1")
         self.assertEqual(os.readlink(LIBRARY.with_suffix(".so.1")), "libVelLaunchScreen.so.1.0.0")
 
-    def test_it_depends_on_the_standard_libraries_xcb_and_libwayland_client_only(self):
+    def test_the_library_depends_only_on_xcb_wayland_client_and_standard_libraries(self):
         needed_libraries = {name.split(".so")[0] for name in dynamic_values("NEEDED")}
         standard_libraries = {"libc", "libm", "libgcc_s", "libstdc++", "ld-linux-x86-64"}
         self.assertLessEqual(
@@ -54,12 +54,12 @@ class LibraryTest(unittest.TestCase):
             {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape", "libwayland-client"},
         )
 
-    def test_it_contains_no_search_path_for_libraries(self):
+    def test_the_library_contains_no_search_path_for_libraries(self):
         self.assertEqual(dynamic_values("RPATH") + dynamic_values("RUNPATH"), [])
 
 
 class HeadersTest(unittest.TestCase):
-    def test_only_the_umbrella_header_its_includes_and_the_c_header_are_installed(self):
+    def test_all_installed_cpp_headers_are_included_by_the_umbrella_header(self):
         umbrella_header = HEADERS / "VelLaunchScreen/VelLaunchScreen.h"
         make_rule = run(CXX, "-std=c++20", "-MM", f"-I{umbrella_header.parent}", umbrella_header)
         included_headers = set(re.findall(r"\S+\.h\b", make_rule))

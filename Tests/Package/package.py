@@ -1,4 +1,4 @@
-"""Helpers for the tests of the package. The tests build and run hosts: programs that use the library."""
+"""Helpers for the tests in this folder. The tests build and run hosts: programs that use the library."""
 
 import os
 import shlex
@@ -13,6 +13,7 @@ WORK = Path(os.environ["VEL_WORK"])
 PREFIX = WORK / "prefix"
 # The subfolder of an installation prefix that contains the libraries.
 LIB = os.environ["VEL_LIB"]
+# The folder with the sources of the hosts.
 CONSUMERS = Path(__file__).resolve().parent / "consumers"
 CC = os.environ["CC"]
 CXX = os.environ["CXX"]
@@ -32,7 +33,7 @@ def run(*command, **environment):
 
 
 def try_run(*command, **environment):
-    """Runs a command and returns the finished process, even if the command fails."""
+    """Runs a command and returns its exit status, stdout and stderr. A command that fails is not an error."""
     return subprocess.run(
         command,
         stdin=subprocess.DEVNULL,
@@ -66,5 +67,5 @@ def pkg_config(*arguments, prefix=None):
 
 
 def loader_environment(prefix):
-    """Returns the environment variable that lets the loader find the shared library in the prefix."""
+    """Returns the environment variable with which a program finds the shared library in the prefix."""
     return {"LD_LIBRARY_PATH": str(prefix / LIB)}

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Builds the library as a subproject. It is static, and is installed only if VEL_INSTALL is on."""
+"""Builds the library as a subproject of a host's project. The library is then static. The host's installation
+contains the library only if VEL_INSTALL is on."""
 
 import unittest
 
@@ -21,7 +22,7 @@ class SubprojectTest(unittest.TestCase):
 
     # The tests run in the order of their numbers. Tests 1 to 3 share a build folder, so only the first
     # test compiles the library. Tests 4 and 5 use the library that test 3 installs.
-    def test_1_add_subdirectory_builds_only_the_library_and_installs_nothing(self):
+    def test_1_add_subdirectory_adds_only_the_library_and_installs_nothing(self):
         self.build("-DFETCH=OFF")
         targets = run("cmake", "--build", self.folder, "--target", "help")
         self.assertIn("libVelLaunchScreen.a", targets)

@@ -32,22 +32,22 @@ void CoverDelegate::onNext(CoverCall call, std::function<void()> work) {
   work_ = std::move(work);
 }
 
-void HostViewDelegate::record(std::string_view text, const Strong<ContentView>& newView) {
-  view = newView;
+void HostViewDelegate::record(std::string_view text, const Strong<ContentView>& contentView) {
+  view = contentView;
   journal_->push_back(name_ + ": " + std::string(text));
 }
 
-void HostViewDelegate::contentViewWillAppear(const Strong<ContentView>& newView) {
-  record("will appear", newView);
+void HostViewDelegate::contentViewWillAppear(const Strong<ContentView>& contentView) {
+  record("will appear", contentView);
 }
 
-bool HostViewDelegate::canContentViewDisappear(const Strong<ContentView>& newView) {
-  record("can disappear", newView);
+bool HostViewDelegate::canContentViewDisappear(const Strong<ContentView>& contentView) {
+  record("can disappear", contentView);
   return agrees;
 }
 
-void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& newView) {
-  record("did disappear", newView);
+void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& contentView) {
+  record("did disappear", contentView);
 }
 
 void PlatformJournal::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {

@@ -18,10 +18,10 @@ namespace vel::test {
 
 namespace {
 
-// Returns the parent's ID. `process` is the folder /proc/<id> of a process. Its file `stat`
-// contains the ID of the process, its name in parentheses, its state, and the ID of its parent.
-pid_t parentOf(const std::filesystem::path& process) {
-  std::ifstream file(process / "stat");
+// Returns the ID of a process's parent. `folder` is the folder /proc/<id> of the process. The file
+// `stat` contains the ID of the process, its name in parentheses, its state, and the parent's ID.
+pid_t parentOf(const std::filesystem::path& folder) {
+  std::ifstream file(folder / "stat");
   std::string line;
   std::getline(file, line);
   const std::size_t nameEnd = line.rfind(')');
@@ -51,18 +51,18 @@ AppKitEnvironment::AppKitEnvironment() {
   }
   folder_ = name;
   setenv("HOME", name.c_str(), 1);
-  // GNUstep ignores HOME: it asks the system for the home folder of the user. Only its
-  // configuration can name other folders for the user's settings and services.
+  // GNUstep ignores HOME when it chooses the folders for the user's settings and services. Only the
+  // file GNUstep.conf can change these folders.
   const std::filesystem::path configuration = folder_ / "GNUstep.conf";
   std::filesystem::copy_file("/etc/GNUstep/GNUstep.conf", configuration);
   std::ofstream(configuration, std::ios::app)
       << "\nGNUSTEP_USER_DEFAULTS_DIR=" << name << "\nGNUSTEP_USER_DIR_LIBRARY=" << name << '\n';
   setenv("GNUSTEP_CONFIG_FILE", configuration.c_str(), 1);
-  // GNUstep programs with the same TEMP share one daemon. Tests that run at the same time must not
-  // share the daemon.
+  // A GNUstep program starts a daemon. Programs with the same TEMP share one daemon, but tests that
+  // run at the same time must not.
   setenv("TEMP", name.c_str(), 1);
-  // The daemon detaches from its parent. With this setting, it becomes a child of this process, so
-  // that the destructor finds it.
+  // The daemon detaches from its parent. With this setting, the daemon becomes a child of this
+  // process, and the destructor finds the daemon.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
