@@ -8,16 +8,15 @@
 
 namespace vel::host {
 
-/// The options of `launchscreen show`, with their defaults. The player window is the window that
-/// the launch screen covers. The command sends `mode`, `event` and `duration` to the library as
-/// strings.
+/// The options of the command `launchscreen show`. The player window is the window that the launch
+/// screen covers. `mode`, `event` and `duration` are strings, as in the request to the library.
 struct ShowOptions {
   /// "auto", "cocoa", "headless", "wayland" or "x11".
   std::string display = "auto";
-  /// "forced" or "skip".
+  /// "forced" or "skip". In "skip" mode, the user can dismiss the launch screen.
   std::string mode = "forced";
   /// The name of the analytics event that the library records when the launch screen has ended.
-  /// In the mode "skip", the library records no event.
+  /// In "skip" mode, the library records no event.
   std::string event = "launch_end";
   /// The duration of the launch screen's countdown, in seconds. The countdown pauses while the
   /// launch screen is not in front.
@@ -37,8 +36,8 @@ struct ShowOptions {
   std::string screenshotPath;
   /// The path of the file for recorded events. If the path is empty, the command writes no file.
   std::string eventsPath;
-  /// The time from the presentation of the launch screen until the command dismisses the
-  /// launch screen, in seconds. Needs the mode "skip".
+  /// If set, the command dismisses the launch screen this number of seconds after presenting it.
+  /// Needs "skip" mode.
   std::optional<double> skipAfter;
 
   [[nodiscard]] bool canSkip() const { return mode == "skip"; }

@@ -16,20 +16,19 @@
 
 namespace vel::host {
 
-/// How a session ended.
+/// How a `ShowSession` ended.
 struct ShowOutcome {
   ExitStatus status = kExitSuccess;
-  /// One line for the user. The line is empty on success, or if the library has logged why the
+  /// One line for the user. Empty on success. Also empty if the library has already logged why the
   /// session failed.
   std::string failure;
 };
 
-/// Acts as the host of one launch screen. The session either opens a player window of its own or
-/// adopts a window of another program as the player window. The player window stands for the window
-/// of a game. The session then requests a launch screen from the library, presents the launch
-/// screen over the player window and reports the progress to the console. The caller must start the
-/// application (`NSApplication::start`) before the session and must run the main run loop, in real
-/// or virtual time. Only the main thread may use a session.
+/// Shows one launch screen over the player window, which stands for the window of a game. The
+/// session opens the player window, or adopts a window of another program as the player window. The
+/// session then requests a launch screen from the library, presents the launch screen and reports
+/// the progress to the console. The caller must start the application (`NSApplication::start`)
+/// before the session and must run the main run loop. Only the main thread may use a session.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -40,9 +39,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens or adopts the player window. Covers the player window immediately if it is adopted or
-  /// already key. Otherwise a later `update` covers the player window when it has become key, or
-  /// after a short wait. After an error, `outcome` has a value.
+  /// Opens or adopts the player window. Covers the player window if it is adopted or is already the
+  /// key window. Otherwise `update` covers the player window later. After an error, `outcome` has a
+  /// value.
   void start();
   /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
   /// call this after each pass of the run loop.
@@ -52,9 +51,8 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Dismisses the launch screen at the user's request. Does nothing unless the mode in the
   /// options is "skip".
   void skip();
-  /// Dismisses the launch screen, even in "forced" mode. Restores the style of the player window
-  /// and closes the window. Releases an adopted window instead of closing it. A second call does
-  /// nothing.
+  /// Dismisses the launch screen, even in "forced" mode. Restores the style of the player window.
+  /// Then closes the player window, or releases it if it is adopted. A second call does nothing.
   void shutDown();
 
   [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return playerWindow_; }
@@ -73,6 +71,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
 
   void openPlayerWindow();
   void adoptPlayerWindow(std::uint64_t windowId);
+  // Requests a launch screen from the library and presents it.
   void sendRequest();
   void present(const Strong<ContentData>& data);
   // Called when the library has recorded the analytics event of the launch screen.
@@ -89,8 +88,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();
-  // True if the view of the launch screen is in an open window, even if the view is not on the
-  // screen.
+  // True if an open window contains the view of the launch screen, even a miniaturised window.
   [[nodiscard]] bool isCovering() const;
   // Reports once that the launch screen is on the screen.
   void reportIfCovered();
@@ -104,7 +102,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   MetricsCenter::Sink previousSink_;
   PlatformObserver* previousObserver_ = nullptr;
   bool isStarted_ = false;
-  Nanoseconds startTime_ = 0;  // the moment from which `time` counts
+  Nanoseconds startTime_ = 0;  // the time at which `time` returns 0
 
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
@@ -122,7 +120,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   bool areControlsRemoved_ = false;    // the library has removed the controls from the style mask
   bool isDismissed_ = false;      // the launch screen was dismissed, but may still be on the screen
   bool isUncovered_ = false;      // the launch screen was removed
-  bool isEventRecorded_ = false;  // the analytics event of the launch screen
+  bool isEventRecorded_ = false;  // the library has recorded the analytics event
   bool needsScreenshot_ = false;
   std::optional<ShowOutcome> outcome_;
 };

@@ -85,8 +85,8 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   }
   const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
-  // `removeFromSuperview` calls `viewWillDisappear` of the controllers of `view`. If `view` stays
-  // in its window, these controllers must remain shown.
+  // `removeFromSuperview` makes the controllers of `view` disappear. If `view` stays in its window,
+  // its controllers must not disappear.
   if (window == nullptr || view->window() != window) {
     view->removeFromSuperview();
   }
@@ -125,9 +125,8 @@ void NSView::removeFromSuperview() {
     return;
   }
   if (hasWindowChanged) {
-    // `viewWillDisappear` has removed or moved a view that contains this view. This view may now be
-    // in another window, and its controllers may have appeared there. The recursive call makes them
-    // disappear.
+    // `viewWillDisappear` has removed or moved an outer view. The controllers of this view may now
+    // be shown in another window. The recursive call makes these controllers disappear.
     return removeFromSuperview();
   }
   detach();
@@ -184,8 +183,8 @@ void NSView::resizeSubviews(CGSize oldSize) {
   }
 }
 
-// Applies the constraints for the width and the height in the order of the list. An exact value
-// replaces the result of the earlier constraints. A minimum replaces only a smaller result.
+// Applies the width and height constraints in list order. `Equal` sets the length.
+// `GreaterThanOrEqual` can only increase the length.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {

@@ -14,8 +14,8 @@ struct NSOperatingSystemVersion {
   auto operator<=>(const NSOperatingSystemVersion&) const = default;
 };
 
-/// The version of macOS whose behaviour the library follows, not the version of the running system.
-/// Only the main thread may use this class.
+/// Holds the version of macOS whose behaviour the library follows. This is not the version of the
+/// running system. Only the main thread may use this class.
 class VEL_EXPORT NSProcessInfo {
  public:
   /// The default is 15.0.0.

@@ -1,5 +1,5 @@
-// What a log line says about the process. Each operating system has its own implementation, and
-// CMake chooses the implementation. Any thread may call these functions.
+// Facts about the process, for log lines. Each operating system has its own implementation. Any
+// thread may call these functions.
 #pragma once
 
 #include <cstdint>

@@ -13,8 +13,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Returns the window on which a structure event was selected; None for other events. All structure
-// events have the field `event` at the same offset.
+// For a structure event, returns the window on which we selected the event. Returns None for other
+// events. All structure events have the field `event` at the same offset.
 xcb_window_t receiverOf(const xcb_generic_event_t& event) {
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY:
@@ -52,9 +52,9 @@ bool Overlay::isSupported(const Connection& connection) {
   return extension != nullptr && extension->present != 0;
 }
 
-// The overlay has its parent's visual. If only one of the two windows had a visual with an
-// alpha channel, the server would draw the overlay into a separate pixmap. For an overlay of the
-// maximum size, this pixmap takes gigabytes.
+// `createWindow` gives the overlay its parent's visual. If only the overlay or only the parent had
+// an alpha channel, the server would draw the overlay into a separate pixmap. For an overlay of the
+// maximum size, this pixmap would take gigabytes.
 void Overlay::open(CGColor background) {
   window_ = connection_.makeId();
   connection_.markDestroyed(window_);  // so that errors of requests on the overlay are not logged
@@ -84,6 +84,7 @@ bool Overlay::mustBeMapped() const {
          (coveredWindow_.hasFocus || !isAboveAllWindows());
 }
 
+// On Xwayland, compositors show an overlay above all windows if its parent is the root window.
 bool Overlay::isAboveAllWindows() const {
   return coveredWindow_.parent == connection_.root() && connection_.isXwayland();
 }
@@ -123,7 +124,7 @@ void Overlay::handle(const xcb_generic_event_t& event) {
     handleOwnEvent(event);
   } else if (receiver == coveredWindow_.parent && subjectOf(event) != window_ &&
              (typeOf(event) == XCB_CONFIGURE_NOTIFY || typeOf(event) == XCB_CIRCULATE_NOTIFY)) {
-    restack();  // a sibling may now lie between the adopted window and the overlay
+    restack();  // a sibling may now lie between the covered window and the overlay
   }
 }
 
@@ -153,7 +154,7 @@ void Overlay::handleFocusEvent(const xcb_generic_event_t& event) {
 
 void Overlay::handleCoveredWindowEvent(const xcb_generic_event_t& event) {
   if (subjectOf(event) != coveredWindow_.window) {
-    return;  // the event is about a child of the adopted window
+    return;  // the event is about a child of the covered window
   }
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY: {
@@ -195,8 +196,8 @@ void Overlay::coveredWindowMapped() {
   }
 }
 
-// Unmaps the overlay. A mapped overlay would stay visible without the adopted window, for example
-// if their parent is the root window.
+// Unmaps the overlay, because the server does not: the overlay is not a child of the covered
+// window.
 void Overlay::coveredWindowUnmapped() {
   coveredWindow_.isMapped = false;
   if (isOpen() && isShown_) {
@@ -213,10 +214,8 @@ void Overlay::setCoveredWindowFrame(PixelRect frame) {
   }
 }
 
-// If the adopted window fills its parent, the overlay is larger than the parent. The parent then
-// clips the overlay, and the overlay still fills the parent when the parent grows. If the adopted
-// window does not fill its parent, such a large overlay would hide the window manager's frame or
-// other windows.
+// An overlay of the maximum size still fills the parent when the parent grows. But if the covered
+// window does not fill the parent, an overlay of this size would hide the rest of the parent.
 PixelRect Overlay::overlayFrame() const {
   const PixelRect& frame = coveredWindow_.frame;
   const int border = coveredWindow_.borderWidth;
@@ -231,13 +230,14 @@ bool Overlay::coveredWindowFillsParent() const {
       frame.x != 0 || frame.y != 0) {
     return false;
   }
-  // Logs no error, because the parent may already be destroyed.
+  // Ignores an error, because the parent may already be destroyed.
   const XcbPointer<xcb_get_geometry_reply_t> parent(xcb_get_geometry_reply(
       connection_.get(), xcb_get_geometry(connection_.get(), coveredWindow_.parent), nullptr));
   return parent != nullptr && parent->width == frame.width && parent->height == frame.height;
 }
 
-// Logs no errors, because the parent may already be destroyed.
+// Reads the parent's visual and depth, which the overlay inherits. Ignores errors, because the
+// parent may already be destroyed.
 void Overlay::readVisual() {
   visual_ = connection_.screen().root_visual;
   depth_ = connection_.screen().root_depth;
@@ -264,10 +264,10 @@ std::uint32_t Overlay::pixel(CGColor color) const {
 void Overlay::selectParentEvents(std::uint32_t events) {
   if (coveredWindow_.parent == connection_.root() ||
       windows_.find(coveredWindow_.parent) != nullptr) {
-    return;  // this request would replace the events that the back end has selected
+    return;  // a new event mask would replace the mask that the back end has selected
   }
-  // Tracked as a request on the overlay, because errors of such requests are not logged: the parent
-  // may already be destroyed.
+  // The parent may already be destroyed. `track` gets the overlay's id, because errors of requests
+  // on the overlay are not logged.
   connection_.track(xcb_change_window_attributes(connection_.get(), coveredWindow_.parent,
                                                  XCB_CW_EVENT_MASK, &events),
                     "ChangeWindowAttributes", window_);

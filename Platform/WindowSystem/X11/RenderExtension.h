@@ -9,17 +9,17 @@
 
 namespace vel::x11 {
 
-/// The picture formats of the server's Render extension. The constructor only requests the formats.
-/// The first call of `formatOf` reads the reply, which usually has arrived by then. Without the
-/// extension, spinners are not drawn, and this class logs one line.
+/// The picture formats of the server's Render extension. The constructor requests the formats. The
+/// first call of `formatOf` reads the reply, or logs that the server has no Render extension.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection);
 
-  /// Returns the format of pictures in windows with this visual. Returns no value if Render cannot
+  /// Returns the picture format for windows with this visual. Returns no value if Render cannot
   /// draw in such windows. The first call blocks until the server has replied.
   std::optional<xcb_render_pictformat_t> formatOf(xcb_visualid_t visual);
-  /// The format of masks: eight bits of opacity. Valid after `formatOf` has returned a format.
+  /// The picture format of masks: eight bits of opacity. Valid after `formatOf` has returned a
+  /// format.
   [[nodiscard]] xcb_render_pictformat_t maskFormat() const { return maskFormat_; }
 
  private:

@@ -10,28 +10,29 @@
 
 namespace vel::x11 {
 
-/// Remembers the requests in progress, so that the log can name the request that caused an error.
-/// Requests on a destroyed window are expected to fail, so their errors are not logged.
+/// Logs the errors of requests. Remembers the requests that the server may not have processed yet,
+/// so that a log line can name the failed request. Requests on a destroyed window are expected to
+/// fail, so their errors are not logged.
 class RequestLog final : public NonCopyable {
  public:
-  /// Remembers a request on `window`. Call this after sending it. `name` must be a string literal.
+  /// Remembers a sent request on `window`. `name` must be a string literal.
   void add(unsigned sequence, const char* name, xcb_window_t window);
-  /// Forgets the requests with lower sequence numbers, which the server has processed.
+  /// Forgets the requests before `sequence`. Call this when the server has processed them.
   void removeBefore(unsigned sequence);
 
   /// Remembers an error that the server has sent as an event.
   void addError(const xcb_generic_error_t& error);
-  /// Remembers an error that has replaced the reply to a request.
+  /// Remembers an error that the server has sent instead of a reply.
   void addError(const xcb_generic_error_t& error, const char* name, xcb_window_t window);
 
-  /// From now on, errors of requests on this window are not logged.
+  /// From now on, `logErrors` ignores errors of requests on this window.
   void markDestroyed(xcb_window_t window);
   /// Reverses `markDestroyed`: a new window may have the id of a destroyed window.
   void unmarkDestroyed(xcb_window_t window);
 
   [[nodiscard]] bool hasErrors() const { return !errors_.empty(); }
-  /// Writes the errors to the log and forgets them. Call this when all events have been processed,
-  /// because one of the events may be the DestroyNotify that explains an error.
+  /// Logs the errors and forgets them. Process all events that have arrived before calling this: a
+  /// DestroyNotify event may show that an error was expected.
   void logErrors();
 
  private:

@@ -104,10 +104,11 @@ void changeProperty(Connection& connection, xcb_window_t window, xcb_atom_t name
     connection.track(xcb_delete_property(connection.get(), window, name), "DeleteProperty", window);
     return;
   }
-  const std::size_t count = value->bytes.size() / (value->format / 8U);
+  const std::size_t elementCount = value->bytes.size() / (value->format / 8U);
   connection.track(
       xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, window, name, value->type,
-                          value->format, static_cast<std::uint32_t>(count), value->bytes.data()),
+                          value->format, static_cast<std::uint32_t>(elementCount),
+                          value->bytes.data()),
       "ChangeProperty", window);
 }
 

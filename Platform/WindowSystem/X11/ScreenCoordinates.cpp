@@ -73,40 +73,39 @@ void ScreenCoordinates::readReplies() {
   }
 }
 
-// The origin of points is on the primary monitor, or on the first monitor if no monitor is primary.
+// Sets `originMonitor_` to the primary monitor, or to the first monitor if no monitor is primary.
 void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* monitors) {
   originMonitor_ = {0, 0, connection_.screen().width_in_pixels,
                     connection_.screen().height_in_pixels};
   if (monitors == nullptr) {
     return;
   }
-  if (monitors->nMonitors > 0) {  // `Connection::isXwayland` needs the name of one monitor
+  if (monitors->nMonitors > 0) {  // `Connection::isXwayland` checks this name
     connection_.requestMonitorName(xcb_randr_get_monitors_monitors_iterator(monitors).data->name);
   }
-  bool hasMonitor = false;
+  bool hasFirstMonitor = false;
   for (auto monitor = xcb_randr_get_monitors_monitors_iterator(monitors); monitor.rem > 0;
        xcb_randr_monitor_info_next(&monitor)) {
-    if (!hasMonitor || monitor.data->primary != 0) {
+    if (!hasFirstMonitor || monitor.data->primary != 0) {
       originMonitor_ = {monitor.data->x, monitor.data->y, monitor.data->width,
                         monitor.data->height};
     }
     if (monitor.data->primary != 0) {
       return;
     }
-    hasMonitor = true;
+    hasFirstMonitor = true;
   }
 }
 
 bool ScreenCoordinates::handle(const xcb_generic_event_t& event) {
-  // `xrandr --setmonitor` causes no RRScreenChangeNotify. It causes a ConfigureNotify of the root
-  // window with an unchanged size.
+  // `xrandr --setmonitor` causes a ConfigureNotify of the root window but no RRScreenChangeNotify.
   const bool isRootConfigureNotify =
       typeOf(event) == XCB_CONFIGURE_NOTIFY &&
       eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
   if (typeOf(event) != screenChangeEvent_ && !isRootConfigureNotify) {
     return false;
   }
-  readReplies();  // the replies to the constructor's requests may be unread
+  readReplies();  // sets `originMonitor_` if the constructor's requests are pending
   const PixelRect previousMonitor = originMonitor_;
   requestMonitors();
   readReplies();

@@ -11,15 +11,16 @@
 
 namespace vel::x11 {
 
+/// The back end created the window, or adopted a window that another client created.
 enum class WindowOrigin : std::uint8_t { Created, Adopted };
 
-/// One window of the back end, and its state. The window's handle is its X id.
+/// A window that the back end created or adopted.
 struct Window {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowOrigin origin = WindowOrigin::Created;
   WindowKind kind = WindowKind::Plain;
   bool isMovableByBackground = false;
-  /// The frame of the content, in pixels of the root window.
+  /// The frame of the content, in pixels from the upper left corner of the root window.
   PixelRect frame;
   /// For a window that this back end has created: true from `orderFront` until `orderOut`, even
   /// while the window is miniaturised. For an adopted window: always true.
@@ -27,12 +28,12 @@ struct Window {
   bool isMiniaturized = false;
   /// True for an adopted window that is fullscreen, or maximised in at least one direction.
   bool isMaximizedOrFullscreen = false;
-  /// True from the MapWindow request of `orderFront` until `WindowMonitor` next reads the window's
-  /// state, or until `orderOut`.
+  /// `orderFront` sets this when it requests MapWindow. `WindowMonitor::update` and `orderOut`
+  /// clear it.
   bool isBeingMapped = false;
-  /// True if the window gets the input focus as soon as it is viewable.
+  /// True if `WindowMonitor` must give the window the input focus when the window is viewable.
   bool wantsFocus = false;
-  /// The sibling directly below this window, from ConfigureNotify.
+  /// The sibling directly below this window, according to the last ConfigureNotify event.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
   /// True if `WindowMonitor` must read the window's frame, map state, WM_STATE and _NET_WM_STATE
   /// from the server again.
@@ -42,16 +43,14 @@ struct Window {
   /// The time at which `ControlsMonitor` checks which controls (close, miniaturise, resize) the
   /// window manager offers. `kNever` if no check is scheduled.
   Nanoseconds controlsDeadline = kNever;
-  /// The controls in the last `remainingControlsDetected` report: the controls that the window
-  /// manager still offers although the style mask excludes them. No value if there has been no
-  /// report since the style mask was last set.
+  /// The controls that the window manager still offers although the style mask excludes them, as
+  /// last reported by `remainingControlsDetected`. A change of the style mask removes the value.
   std::optional<NSWindowStyleMask> reportedRemainingControls = std::nullopt;
-  /// The latest time at which `StyleRestorer` calls `WindowStyle::finishRestoring`. `kNever` if
-  /// `StyleRestorer` has not scheduled this call.
+  /// `StyleRestorer` calls `WindowStyle::finishRestoring` at this time or earlier. `kNever` if no
+  /// call is scheduled.
   Nanoseconds restorationDeadline = kNever;
-  /// The probe: a window on which `StyleRestorer` asks the window manager to write a property. When
-  /// the probe has the property, the window manager has read the hints that `WindowStyle::restore`
-  /// wrote. None if there is no probe.
+  /// A window that `StyleRestorer` has created. The window manager sets a property of this window
+  /// after reading the hints that `WindowStyle::restore` wrote. None if there is no such window.
   xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

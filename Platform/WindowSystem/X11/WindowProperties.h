@@ -1,5 +1,5 @@
-// These functions write the properties of a window for window managers. `WindowStyle` writes the
-// style hints.
+// Functions that write the window properties for the window manager, except the style hints (see
+// `WindowStyle`).
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,8 @@
 
 namespace vel::x11 {
 
-/// Writes the properties of a new window. `transientFor` is the owner window of the new window, or
-/// None.
+/// Writes the properties of a new window. `transientFor` is the value of WM_TRANSIENT_FOR. If it is
+/// None, the new window does not get this property.
 void writeProperties(Connection& connection, xcb_window_t window,
                      const WindowDescription& description, xcb_window_t transientFor);
 /// Writes _NET_WM_NAME and WM_NAME.

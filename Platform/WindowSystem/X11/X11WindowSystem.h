@@ -18,14 +18,13 @@
 
 namespace vel {
 
-/// The X11 back end, with its own connection to the server. It creates windows, and adopts windows
-/// of any client by their X ids. A window's handle is its X id. A window's frame is the rectangle
-/// of its content, without the window manager's decorations. This class passes operations and
-/// events to classes in namespace x11. The back end calls its delegate only from `deliverEvents`.
+/// The X11 back end, with its own connection to the server. It can adopt windows of other clients.
+/// A window's handle is its X id. A window's frame is the rectangle of its content, without the
+/// window manager's decorations. The back end calls its delegate only from `deliverEvents`.
 class X11WindowSystem final : public WindowSystem {
  public:
-  /// Returns null, with the reason in `error`, if the display cannot be opened. An empty name means
-  /// the display in the environment variable DISPLAY.
+  /// Returns null, with the reason in `error`, if the display cannot be opened. An empty
+  /// `displayName` means the display in the environment variable DISPLAY.
   static std::unique_ptr<X11WindowSystem> open(const std::string& displayName, std::string& error);
   ~X11WindowSystem() override;
 
@@ -55,30 +54,30 @@ class X11WindowSystem final : public WindowSystem {
 
   // Windows
 
-  // Checks the id without a request to the server. Returns why the window with this id cannot be
-  // adopted; null if the id passes the checks.
+  // Checks the id without a request to the server. Returns null if the id passes the checks.
+  // Otherwise returns why the back end cannot adopt the window.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
   AdoptedWindow addAdoptedWindow(const x11::WindowInspection& inspection,
                                  bool isMaximizedOrFullscreen, bool hasFocus);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
   std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection, bool hasFocus);
-  // Opens or closes the window's shield: an invisible child window that takes all pointer input of
-  // the window while another window is modal.
+  // Opens or closes the window's shield: an invisible child window that blocks pointer input to
+  // the window. A window needs a shield while another window is modal.
   void updateShield(x11::Window& window);
   [[nodiscard]] bool needsShield(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
   void moveWindow(x11::Window& window, x11::PixelRect frame);
-  // Removes the cover: the windows that show the scene. Then destroys a window that the back
-  // end created, or starts restoring the hints of an adopted window.
+  // Removes the window's cover. Then destroys the window if the back end created it, or starts
+  // restoring the hints of an adopted window.
   void beginRelease(x11::Window& window);
-  // For an adopted window, completes the restoration. This may block (see `StyleRestorer::finish`).
+  // Finishes restoring the hints of an adopted window. May block (see `StyleRestorer::finish`).
   void finishRelease(x11::Window& window);
 
   // Events
 
-  // Handles the events that have arrived and does the work whose deadline has passed. Returns true
-  // if an event has arrived.
+  // Handles the events that have arrived. Then performs the tasks whose deadlines have passed.
+  // Returns true if an event has arrived.
   bool processEvents();
   // Calls `handle` for each event that has arrived. Then calls `StateRequestRelay::repeatRequests`,
   // and `Cover::repair` for each cover. Returns true if an event has arrived.
