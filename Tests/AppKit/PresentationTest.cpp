@@ -1,6 +1,6 @@
-// View controllers presented in modal windows and in sheets, and child view controllers. Two links
-// exist while a controller presents another controller: `presentedViewControllers` of the
-// presenting controller, and `presentingViewController` of the presented controller.
+// A view controller presents another view controller in a modal window or in a sheet. Two
+// properties link the controllers: `presentedViewControllers` of the presenting controller, and
+// `presentingViewController` of the presented controller.
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -54,7 +54,7 @@ TEST_F(PresentationTest, AModalWindowIsCentredOverTheWindowOfItsPresentingContro
   EXPECT_EQ(state->description.ownerWindow, window->handle());
 }
 
-TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {
+TEST_F(PresentationTest, PresentAsModalWindowOpensAKeyWindowBeforeItReturns) {
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(recorder.takeEvents(), (Events{"guest will appear", "A resigns key",
                                            "NSWindow becomes key", "guest did appear"}));
@@ -62,7 +62,7 @@ TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {
   EXPECT_EQ(windowOrder(), (Events{"NSWindow", "A"}));
 }
 
-TEST_F(PresentationTest, TheLinksAndTheModalSessionExistInWillAppear) {
+TEST_F(PresentationTest, TheLinksAndTheModalSessionExistWhenViewWillAppearIsCalled) {
   bool isLinked = false;
   bool isModal = false;
   recorder.onNext("guest will appear", [&] {
@@ -92,7 +92,7 @@ TEST_F(PresentationTest, AControllerCanPresentItselfInAModalWindow) {
   EXPECT_EQ(windowOf(guest), nullptr);
 }
 
-TEST_F(PresentationTest, AShownControllerThatPresentsItselfAsASheetMovesToTheSheet) {
+TEST_F(PresentationTest, AControllerInAWindowCanPresentItselfAsASheet) {
   const auto shownController = addController(window, "shown");
   recorder.takeEvents();
   shownController->presentViewControllerAsSheet(shownController);
@@ -115,7 +115,7 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
   EXPECT_EQ(sheet->frame(), CGRectMake(260, 330, 480, 270));
 }
 
-TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalSession) {
+TEST_F(PresentationTest, ASheetBecomesKeyAndStartsNoModalSession) {
   host->presentViewControllerAsSheet(guest);
   EXPECT_EQ(recorder.takeEvents(), (Events{"guest will appear", "A resigns key",
                                            "NSWindow becomes key", "guest did appear"}));
@@ -176,7 +176,7 @@ TEST_F(PresentationTest, PresentedControllersAreListedInOrderOfPresentation) {
 
 // Dismissal
 
-TEST_F(PresentationTest, TheModalWindowClosesAndTheLinksEndBeforeDidDisappear) {
+TEST_F(PresentationTest, DismissClosesTheModalWindowAndClearsTheLinksBeforeViewDidDisappear) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modalWindow = windowOf(guest);
   recorder.takeEvents();
@@ -196,7 +196,7 @@ TEST_F(PresentationTest, TheModalWindowClosesAndTheLinksEndBeforeDidDisappear) {
             (Events{"on screen, with the view, modal, linked", "closed, without the view"}));
 }
 
-TEST_F(PresentationTest, ASheetDisappearsBeforeItResignsKey) {
+TEST_F(PresentationTest, TheViewOfASheetDisappearsBeforeTheSheetResignsKey) {
   host->presentViewControllerAsSheet(guest);
   recorder.takeEvents();
   host->dismissViewController(guest);
@@ -255,7 +255,7 @@ TEST_F(PresentationTest, ADismissedControllerCanBePresentedAgain) {
   EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(PresentationTest, ADismissedControllerMayBePresentedAgainInDidDisappear) {
+TEST_F(PresentationTest, ViewDidDisappearMayPresentTheDismissedControllerAgain) {
   host->presentViewControllerAsSheet(guest);
   recorder.onNext("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
   host->dismissViewController(guest);
@@ -264,7 +264,7 @@ TEST_F(PresentationTest, ADismissedControllerMayBePresentedAgainInDidDisappear) 
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
 }
 
-TEST_F(PresentationTest, DestroyingThePresentingControllerClearsTheLinkToIt) {
+TEST_F(PresentationTest, DestroyingThePresentingControllerClearsPresentingViewController) {
   auto windowlessController = makeController("windowless");
   windowlessController->presentViewControllerAsModalWindow(guest);
   windowlessController.reset();
@@ -275,7 +275,7 @@ TEST_F(PresentationTest, DestroyingThePresentingControllerClearsTheLinkToIt) {
 
 // Child view controllers and views
 
-TEST_F(PresentationTest, AddingAChildToASecondControllerReplacesItsParent) {
+TEST_F(PresentationTest, AddChildViewControllerReplacesThePreviousParent) {
   host->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{guest});
@@ -326,7 +326,7 @@ TEST_F(PresentationTest, AControllerLoadsItsViewAtTheFirstUse) {
   EXPECT_EQ(guest->loadCount(), 1);
 }
 
-TEST_F(PresentationTest, AControllerDoesNotLoadAViewIfSetViewHasSetOne) {
+TEST_F(PresentationTest, AControllerLoadsNoViewAfterSetView) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 5, 5));
   guest->setView(view);
   EXPECT_EQ(guest->view(), view);

@@ -1,6 +1,5 @@
-// `shutDown` ends the parts of the platform layer that exist once per process, such as the
-// application. It also runs the steps: functions that layers above AppKit register with
-// `ShutdownStep`.
+// `shutDown` ends the application and then runs the shutdown steps. A shutdown step is a function
+// that a `ShutdownStep` registers.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -26,7 +25,7 @@ class ShutdownTest : public EventRecordingTest {
   ~ShutdownTest() override { actionOfStep = nullptr; }
 };
 
-TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
+TEST_F(ShutdownTest, StepsRunAfterTheApplicationHasEnded) {
   addController(openWindow("A"), "controller");
   recorder.takeEvents();
   actionOfStep = [this] {
@@ -37,7 +36,7 @@ TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, ShutDownRunsTheStepsWithoutAnApplicationButStopDoesNot) {
+TEST_F(ShutdownTest, OnlyShutDownRunsTheStepsIfNoApplicationExists) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();
@@ -57,7 +56,7 @@ TEST_F(ShutdownTest, StopRemovesAllNotificationObservers) {
   EXPECT_TRUE(recorder.takeEvents().empty());
 }
 
-TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
+TEST_F(ShutdownTest, TimersAndWorkAddedDuringShutDownAreDiscarded) {
   const auto ticker = make<Ticker>();
   std::size_t timerCount = 0;
   std::size_t workCount = 0;

@@ -1,5 +1,5 @@
-// Windows: opening and closing, stacking order, and the requests to the window system. `isVisible`
-// is true for an open window. `isOnScreen` is true for an open window that is not miniaturised.
+// `isVisible` of a window is true while the window is open. `isOnScreen` is true while the window
+// is open and not miniaturised.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
 
@@ -78,7 +78,7 @@ TEST_F(WindowTest, AReportedStackingOrderMovesOnlyTheOpenWindowsThatItLists) {
   EXPECT_EQ(windowOrder(), (Events{"C", "A", "B"}));
 }
 
-TEST_F(WindowTest, AClosedWindowIsNeitherOpenNorOnScreen) {
+TEST_F(WindowTest, CloseRemovesTheWindowFromTheScreenAndFromTheOrder) {
   const auto window = openWindow("A");
   window->close();
   EXPECT_FALSE(window->isVisible());
@@ -151,7 +151,7 @@ TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
   EXPECT_TRUE(description.isMovableByBackground);
 }
 
-TEST_F(WindowTest, TheStyleMaskFollowsAChangeInTheWindowSystem) {
+TEST_F(WindowTest, TheOwnerOfAWindowCanChangeItsStyleMask) {
   const auto window = openWindow("A");
   platform.windowSystem().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -218,7 +218,7 @@ TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, TheHandlerOfCloseRequestsIsCalledInsteadOfClosingTheWindow) {
+TEST_F(WindowTest, ACloseRequestCallsTheHandlerAndLeavesTheWindowOpen) {
   const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(
@@ -228,12 +228,12 @@ TEST_F(WindowTest, TheHandlerOfCloseRequestsIsCalledInsteadOfClosingTheWindow) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(WindowTest, TheHandlerOfCloseRequestsMayRemoveItself) {
+TEST_F(WindowTest, TheCloseRequestedHandlerMayRemoveItself) {
   const auto window = openWindow("A");
   auto callCount = std::make_shared<int>(0);
   NSApp->setCloseRequestedHandler([callCount](NSWindow&) {
     NSApp->setCloseRequestedHandler(nullptr);
-    ++*callCount;  // Uses a capture after the handler is removed.
+    ++*callCount;  // the capture must still exist
   });
   platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_EQ(*callCount, 1);
@@ -250,13 +250,13 @@ TEST_F(WindowTest, AddChildWindowSetsTheParent) {
   EXPECT_EQ(child->sheetParent(), nullptr);
 }
 
-TEST_F(WindowTest, AddingAChildDoesNotOpenIt) {
+TEST_F(WindowTest, AddChildWindowDoesNotOpenTheChild) {
   const auto child = makeClosedWindow("B");
   openWindow("A")->addChildWindow(child);
   EXPECT_FALSE(child->isVisible());
 }
 
-TEST_F(WindowTest, AddingAChildToAnotherWindowReplacesItsParent) {
+TEST_F(WindowTest, AddChildWindowReplacesThePreviousParent) {
   const auto previousParent = openWindow("A");
   const auto parent = openWindow("B");
   const auto child = openWindow("C");
@@ -266,7 +266,7 @@ TEST_F(WindowTest, AddingAChildToAnotherWindowReplacesItsParent) {
   EXPECT_EQ(child->parentWindow(), parent);
 }
 
-TEST_F(WindowTest, NullAndTheWindowItselfCannotBeChildren) {
+TEST_F(WindowTest, AWindowCannotHaveNullOrItselfAsAChild) {
   const auto window = openWindow("A");
   window->addChildWindow(nullptr);
   window->addChildWindow(window);

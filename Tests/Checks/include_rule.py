@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that every source follows the include rule. The lists below are the rule: they say which
-folders may include which headers, and which folders may test platform macros. Prints each line that
+"""Checks that every source follows the include rule. The lists below define the rule: which folders
+may include which headers, and which folders may use platform macros in #if. Prints each line that
 breaks the rule.
 
 usage: include_rule.py ROOT
@@ -12,12 +12,12 @@ from pathlib import Path
 
 from sources import source_files
 
-# Lists of folders, which the table MAY_INCLUDE below uses.
+# Lists of folders for the table MAY_INCLUDE.
 BASE = ["Platform/Foundation"]
 WINDOW_SYSTEM = ["Platform/WindowSystem", *BASE]
 PLATFORM_API = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM_API]
-# For programs. They open the other window systems through Backends.
+# Without X11 and Wayland, because Backends opens these window systems.
 BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *WINDOW_SYSTEM]
 EVERYTHING = [""]  # the root folder, which contains every folder
 # For each folder, the other folders that its files may include from. A folder's row also applies to
@@ -76,8 +76,8 @@ MAY_INCLUDE_SYSTEM_HEADERS = [
     "Benchmarks",
 ]
 
-# The headers of other projects and of the system that only some folders may include. Maps the first
-# characters of a header's name to the folders that may include the header.
+# Headers of other projects and of the system. Maps the first characters of a header's name to the
+# folders that may include the header. All folders may include a header that is not listed.
 EXTERNAL_HEADERS = {
     "xcb/": [
         "Platform/WindowSystem/X11",
@@ -112,8 +112,8 @@ EXTERNAL_HEADERS = {
     "unistd.h": MAY_INCLUDE_SYSTEM_HEADERS,
 }
 
-# The folders whose sources may test platform macros.
-MAY_TEST_PLATFORM = ["Platform/WindowSystem/Backends"]
+# The folders whose sources may use platform macros in #if.
+MAY_USE_PLATFORM_MACROS = ["Platform/WindowSystem/Backends"]
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*(?:"([^"]*)"|<([^>]*)>)')
 CONDITION = re.compile(r"^\s*#\s*(?:el)?if(?:n?def)?\b(.*)")
@@ -121,8 +121,8 @@ PLATFORM_MACRO = re.compile(
     r"\b(__APPLE__|__MACH__|TARGET_OS_\w+|_?_?WIN(?:32|64)(?:__)?|_MSC_VER|__CYGWIN__|__MINGW\w*"
     r"|(?:__)?(?:gnu_)?linux(?:__)?|(?:__)?unix(?:__)?|__ANDROID__|__\w+BSD__|__EMSCRIPTEN__)\b"
 )
-# Also matches strings, so that // in a string does not begin a comment.
-COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
+# Matches strings too, so that // in a string does not begin a comment.
+COMMENT_OR_STRING = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
 
 
 def is_below(path, folder):
@@ -130,23 +130,22 @@ def is_below(path, folder):
 
 
 def layer_of(path):
-    """Returns the layer of a file: the innermost folder in MAY_INCLUDE that contains the file. Returns
-    None if no folder in MAY_INCLUDE contains the file."""
+    """Returns the innermost folder in MAY_INCLUDE that contains the file, or None."""
     return max((folder for folder in MAY_INCLUDE if is_below(path, folder)), key=len, default=None)
 
 
 def without_comments(text):
     """Returns the text without its comments. Line numbers stay the same."""
 
-    def blank(match):
+    def replacement(match):
         matched_text = match.group()
         return matched_text if matched_text.startswith('"') else "\n" * matched_text.count("\n")
 
-    return COMMENT.sub(blank, text)
+    return COMMENT_OR_STRING.sub(replacement, text)
 
 
 def include_fault(path, included_path, is_quoted, root):
-    """Describes what is wrong with including `included_path` in the file `path`, or returns None."""
+    """Returns None if the file `path` may include `included_path`. Otherwise returns a message."""
     layer = layer_of(path)
     if not is_quoted:
         for prefix, folders in EXTERNAL_HEADERS.items():
@@ -165,14 +164,14 @@ def include_fault(path, included_path, is_quoted, root):
 
 
 def faults(root):
-    """Yields every fault below root, as `file:line: message`."""
+    """Yields each fault in the sources of the folder `root`, as `file:line: message`."""
     root = Path(root)
     for file in source_files(root):
         path = file.as_posix()
         if layer_of(path) is None:
             yield f"{path}:1: this folder has no row in the include rule"
             continue
-        may_test_platform = any(is_below(path, folder) for folder in MAY_TEST_PLATFORM)
+        may_use_platform_macros = any(is_below(path, folder) for folder in MAY_USE_PLATFORM_MACROS)
         text = without_comments((root / file).read_text(encoding="utf-8"))
         for number, line in enumerate(text.split("\n"), start=1):
             if match := INCLUDE.match(line):
@@ -180,9 +179,9 @@ def faults(root):
                 fault = include_fault(path, match.group(1) or match.group(2) or "", is_quoted, root)
                 if fault:
                     yield f"{path}:{number}: {fault}"
-            elif (match := CONDITION.match(line)) and not may_test_platform:
+            elif (match := CONDITION.match(line)) and not may_use_platform_macros:
                 if macro := PLATFORM_MACRO.search(match.group(1)):
-                    yield f"{path}:{number}: {macro.group()} may be tested only in {MAY_TEST_PLATFORM[0]}"
+                    yield f"{path}:{number}: {macro.group()} may be tested only in {MAY_USE_PLATFORM_MACROS[0]}"
 
 
 def main():

@@ -1,5 +1,5 @@
-// How the manager dismisses a launch screen, sends the analytics event, and reports state changes
-// to its delegate.
+// A LaunchScreenManager dismisses the launch screen, sends the analytics event, and reports state
+// changes to its delegate.
 #include <atomic>
 #include <thread>
 
@@ -36,7 +36,7 @@ TEST_F(DismissalTest, DismissOnAnotherThreadCallsTheControllerFromTheMainQueue) 
   EXPECT_TRUE(wasCalledOnMainThread);
 }
 
-TEST_F(DismissalTest, TheLaunchScreenExpiresBeforeTheControllerIsCalled) {
+TEST_F(DismissalTest, DismissSetsTheExpiredFlagBeforeItCallsTheController) {
   const auto hostController = loadHostController(5.0);
   bool isExpired = false;
   hostController->onNextCall([&] { isExpired = manager->launchScreenExpired(); });
@@ -45,7 +45,7 @@ TEST_F(DismissalTest, TheLaunchScreenExpiresBeforeTheControllerIsCalled) {
   EXPECT_TRUE(manager->launchScreenExpired());
 }
 
-TEST_F(DismissalTest, DismissOnAnotherThreadMakesTheLaunchScreenExpireImmediately) {
+TEST_F(DismissalTest, DismissOnAnotherThreadSetsTheExpiredFlagImmediately) {
   loadHostController(5.0);
   bool isExpired = false;
   runOnAnotherThread([&] {
@@ -60,8 +60,8 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
   addHostDelegate();
-  // Relaxed, so that the flag does not synchronise the threads: a thread sanitizer can then detect
-  // a data race in the manager.
+  // Relaxed accesses do not synchronise the threads. A thread sanitizer can therefore detect a data
+  // race in the manager.
   std::atomic<bool> mainThreadIsWorking = false;
   std::thread otherThread([&] {
     while (!mainThreadIsWorking.load(std::memory_order_relaxed)) {
@@ -71,8 +71,7 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   });
   while (journal->empty()) {
     window->makeKeyWindow();
-    // The manager reads `launchScreenExpired` in this call.
-    platform.windowSystem().userMovesFocusAway();
+    platform.windowSystem().userMovesFocusAway();  // the manager reads `launchScreenExpired`
     mainThreadIsWorking.store(true, std::memory_order_relaxed);
     platform.runDueWork();
   }
@@ -80,7 +79,7 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
 }
 
-TEST_F(DismissalTest, TheMainQueueCallsTheNewControllerAfterAReplacement) {
+TEST_F(DismissalTest, APendingDismissCallsTheNewController) {
   const auto firstController = loadHostController(5.0);
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   const auto secondController = loadHostController(5.0);
@@ -89,13 +88,13 @@ TEST_F(DismissalTest, TheMainQueueCallsTheNewControllerAfterAReplacement) {
   EXPECT_EQ(secondController->calls, (Calls{"addDelegate", "dismissViewController"}));
 }
 
-TEST_F(DismissalTest, DismissWithoutAControllerOnlyMakesTheLaunchScreenExpire) {
+TEST_F(DismissalTest, DismissWithoutAControllerOnlySetsTheExpiredFlag) {
   manager->dismissLaunchScreen();
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(DismissalTest, DismissAfterDeactivateOnlyMakesTheLaunchScreenExpire) {
+TEST_F(DismissalTest, DismissAfterDeactivateOnlySetsTheExpiredFlag) {
   manager->deactivate();
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   platform.runDueWork();
@@ -144,13 +143,13 @@ TEST_F(EventTest, TwoCallsRecordOneEvent) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, TheEventCountsAsSentWhenItIsScheduled) {
+TEST_F(EventTest, EventWasSendedIsTrueAsSoonAsTheEventIsScheduled) {
   manager->sendAnalyticsEvent();
   EXPECT_TRUE(manager->eventWasSended());
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, AfterTheEventIsScheduledAnotherCallChangesNothing) {
+TEST_F(EventTest, SendAnalyticsEventChangesNothingAfterTheEventIsScheduled) {
   manager->sendAnalyticsEvent();
   manager->setAppIsUnfocused(true);
   manager->setLaunchScreenExpired(true);
@@ -159,7 +158,7 @@ TEST_F(EventTest, AfterTheEventIsScheduledAnotherCallChangesNothing) {
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
 
-TEST_F(EventTest, AManagerRecordsNoSecondEventForALaterRequest) {
+TEST_F(EventTest, ALaterContentRequestRecordsNoSecondEvent) {
   manager->sendAnalyticsEvent();
   platform.run(1.0);
   manager->contentDataForContentRequest(makeRequest("another", 5));
@@ -193,7 +192,7 @@ TEST_F(EventTest, SchedulingTheEventClearsTheExpiredFlag) {
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(EventTest, SendAnalyticsEventWithoutANameOnlyClearsTheExpiredFlag) {
+TEST_F(EventTest, SendAnalyticsEventOnlyClearsTheExpiredFlagIfTheNameIsEmpty) {
   for (const auto& emptyName : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
     configuration().setNextEventName(emptyName);
     manager->setLaunchScreenExpired(true);
@@ -224,7 +223,7 @@ TEST_F(EventTest, ANullNameIsRecordedAsAnEmptyName) {
   EXPECT_EQ(platform.events, (Events{{"", 0.5}}));
 }
 
-TEST_F(EventTest, TheConfigurationIsChosenWhenTheEventIsScheduled) {
+TEST_F(EventTest, ANewDefaultConfigurationDoesNotChangeAScheduledEvent) {
   const auto oldConfiguration = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
@@ -250,7 +249,7 @@ TEST_F(EventTest, SendAnalyticsEventLogsNothing) {
 
 // State changes that the manager reports to its delegate
 
-/// Has the operation of ContentResolverDelegate but does not adopt that protocol.
+/// Implements the method of ContentResolverDelegate but does not adopt this protocol.
 class UndeclaredListener final : public Class<UndeclaredListener, "UndeclaredListener"> {
  public:
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
@@ -312,7 +311,7 @@ TEST_F(StateChangeTest, AReplacedDelegateIsNotNotified) {
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
-TEST_F(StateChangeTest, AnImmediateFailureOnAnotherThreadIsReportedOnThatThread) {
+TEST_F(StateChangeTest, AFailedRequestOnAnotherThreadIsReportedOnThatThread) {
   manager->setDelegate(listener);
   runOnAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
   ASSERT_EQ(listener->changes.size(), 1u);

@@ -1,5 +1,5 @@
-// Reports of the stacking order after users or window managers change it. A reported order lists
-// the windows on screen, front to back.
+// The X11 back end reports the stacking order of the windows that it adopts or creates. The order
+// lists the windows on screen, front to back.
 #include <gmock/gmock.h>
 
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
@@ -25,7 +25,7 @@ class X11Order : public X11Test {
   }
 };
 
-TEST_F(X11Order, RaisingAWindowWithoutAWindowManagerReportsTheOrder) {
+TEST_F(X11Order, RaisingAWindowReportsTheOrder) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   client.raise(idOf(firstWindow));
@@ -35,15 +35,15 @@ TEST_F(X11Order, RaisingAWindowWithoutAWindowManagerReportsTheOrder) {
   EXPECT_EQ(reports.orders.size(), 2U);
 }
 
-TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
-  // The back end assumes that the last adopted window is in front.
+TEST_F(X11Order, AdoptingTheLowerWindowLastReportsTheOrder) {
+  // The back end assumes that a newly adopted window is in front.
   const xcb_window_t lowerGame = openGame(kGameFrame);
   const WindowHandle upperWindow = adopt(openGame(kSecondGameFrame)).handle;
   const WindowHandle lowerWindow = adopt(lowerGame).handle;
   EXPECT_TRUE(waitForOrder({upperWindow, lowerWindow}));
 }
 
-TEST_F(X11Order, OrderFrontReportsNoOrder) {
+TEST_F(X11Order, OrderFrontDoesNotReportTheOrder) {
   const WindowHandle firstWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   const WindowHandle secondWindow =
@@ -82,7 +82,7 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
   X11OrderWithManager() { startManager(GetParam()); }
 };
 
-TEST_P(X11OrderWithManager, RaisingAWindowWithAClickReportsTheOrder) {
+TEST_P(X11OrderWithManager, AClickThatRaisesAWindowReportsTheOrder) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(secondWindow); }));
@@ -91,7 +91,7 @@ TEST_P(X11OrderWithManager, RaisingAWindowWithAClickReportsTheOrder) {
   EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
 }
 
-TEST_P(X11OrderWithManager, TheOrderUnderANewWindowManagerIsReported) {
+TEST_P(X11OrderWithManager, TheOrderIsReportedAfterTheWindowManagerRestarts) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   managerProcess.end();
@@ -108,6 +108,7 @@ INSTANTIATE_TEST_SUITE_P(X11, X11OrderWithManager,
                            return testInfo.param == Manager::Metacity ? "Metacity" : "Openbox";
                          });
 
+// `player` is the NSWindow that has adopted `game`. `otherWindow` is not adopted yet.
 class X11ApplicationOrder : public X11HostTest {};
 
 TEST_F(X11ApplicationOrder, OrderedWindowsFollowTheStackingOrder) {

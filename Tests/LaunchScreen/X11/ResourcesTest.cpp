@@ -1,4 +1,4 @@
-// A complete run leaves no resources on the X server.
+// A launch screen that has ended leaves no resources on the X server.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -13,11 +13,12 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
+// The test parameter is the host mode of the launch screen.
 class X11Resources : public X11HostTest, public testing::WithParamInterface<std::int32_t> {
  protected:
-  /// Requests and presents a launch screen with an indicator, and waits until it has ended and the
-  /// main queue is empty.
-  void runOnce() {
+  // Presents a launch screen with an indicator. Waits until the launch screen has ended and the
+  // main queue is empty.
+  void presentUntilEnd() {
     events.clear();
     hasIndicator = true;
     const auto childrenBefore = client.children(game);
@@ -30,28 +31,30 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
     launchScreen->deactivate();
     launchScreen = nullptr;
   }
-  std::map<std::string, unsigned> resources() {
+  // The number of the host's X resources, by resource type.
+  std::map<std::string, unsigned> resourceCounts() {
     while (NSRunLoop::mainRunLoop().pump()) {
     }
     return client.clientResourceCounts(idOf(ownWindow->handle()));
   }
 
-  // A window of the host. `clientResourceCounts` finds the host's connection by this window.
+  // A window that the host creates. `clientResourceCounts` identifies the host by this window.
   Strong<NSWindow> ownWindow = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
 };
 
-TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
-  // The X window of `ownWindow` exists only after `ownWindow` is shown.
+TEST_P(X11Resources, ALaunchScreenLeavesNoResourcesOnTheServer) {
+  // `ownWindow` has no X window until it is shown.
   ownWindow->makeKeyAndOrderFront();
   ASSERT_TRUE(runUntil([this] { return ownWindow->isKeyWindow(); }));
+  // `player` is the window that the launch screens cover.
   player->makeKeyWindow();
   ASSERT_TRUE(runUntil([this] { return player->isKeyWindow(); }));
-  const auto resourcesBefore = resources();
-  ASSERT_FALSE(resourcesBefore.empty());
-  runOnce();
-  runOnce();
-  EXPECT_EQ(resources(), resourcesBefore);
-  // The log contains only the host mode of each presentation.
+  const auto countsBefore = resourceCounts();
+  ASSERT_FALSE(countsBefore.empty());
+  presentUntilEnd();
+  presentUntilEnd();
+  EXPECT_EQ(resourceCounts(), countsBefore);
+  // Each presentation logs its host mode and nothing else.
   EXPECT_THAT(log, ElementsAre(HasSubstr("mode: "), HasSubstr("mode: ")));
 }
 

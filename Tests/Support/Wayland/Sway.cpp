@@ -26,14 +26,14 @@ constexpr std::string_view kConfiguration =
     "output * bg #203020 solid_color\n"
     "seat * hide_cursor 0\n";
 constexpr std::string_view kNoXwayland = "xwayland disable\n";
-// sway sets DISPLAY for the programs that it starts. Xwayland accepts only clients of the user that
-// runs Xwayland. If the test runs as root, this user is nobody, and Xwayland would refuse the test.
-// `xhost +local:` therefore allows all local users.
+// In an `exec` command, DISPLAY is the display of Xwayland. Xwayland accepts only clients of its
+// own user. If the test runs as root, Xwayland runs as nobody. `xhost +local:` admits all local
+// users.
 constexpr std::string_view kXwayland =
     "xwayland enable\n"
     "exec xhost +local: && echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
 
-// The arguments of the X server that shows the outputs of sway.
+// The arguments of the X server that `Compositor` starts. Two outputs need a wider X screen.
 std::vector<std::string> serverArguments(const Sway::Options& options) {
   return options.outputCount == 1 ? std::vector<std::string>()
                                   : std::vector<std::string>{"-screen", "0", "2048x768x24"};
@@ -63,7 +63,7 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
   const bool hasStarted = eventually([&] {
     return runProgram({"swaymsg", "-s", socket.string(), "-t", "get_outputs"}, server().display())
                    .find("\"rect\"") != std::string::npos &&
-           std::filesystem::exists(display());
+           std::filesystem::exists(display());  // the Wayland socket
   });
   if (!hasStarted) {
     throw std::runtime_error("sway does not start");
@@ -73,7 +73,7 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
   }
 }
 
-// Each output is a window of the X server. Without a window manager, both windows are at the same
+// Each output is a window of the X server. No window manager runs, so both windows are at the same
 // place. The window of the second output is newer, so it is above the window of the first output.
 // `children` returns the topmost window last.
 void Sway::placeSecondOutput() {

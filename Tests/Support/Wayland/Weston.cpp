@@ -32,12 +32,12 @@ constexpr std::string_view kConfiguration =
     "focus-animation=none\n"
     "locking=false\n";
 
-/// Sends a command to weston-control.c, which weston loads as a module. Returns true if the command
-/// has succeeded.
-bool sendCommand(const std::filesystem::path& socketName, const std::string& command) {
+/// Sends a command to the module that weston loads from `WESTON_CONTROL`. Returns true if the
+/// command has succeeded.
+bool sendCommand(const std::filesystem::path& socketPath, const std::string& command) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  socketName.string().copy(static_cast<char*>(address.sun_path), sizeof(address.sun_path) - 1);
+  socketPath.string().copy(static_cast<char*>(address.sun_path), sizeof(address.sun_path) - 1);
   const int connection = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   std::array<char, 16> reply{};
   const bool hasSucceeded =
@@ -71,9 +71,7 @@ Weston::Weston(const Options& options) {
   if (options.hasXwayland) {
     command.emplace_back("--xwayland");
   }
-  // If the pointer is in weston's window while weston starts, weston may miss the position of the
-  // pointer. So the pointer is outside this window during the start. `hidePointer` then moves the
-  // pointer to the lower right corner of the window.
+  // weston may miss the position of a pointer that is inside weston's window during the start.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
@@ -86,15 +84,14 @@ Weston::Weston(const Options& options) {
   // weston gives a client the keyboard focus only while weston's X window has the X input focus.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
-  // weston may handle the first command before the focus event. It handles the second command
-  // after the focus event.
+  // weston may handle the first command before the focus event, but not the second command.
   run("check");
   run("check");
 }
 
 void Weston::click(int x, int y) {
   Compositor::click(x, y);
-  hidePointer();
+  hidePointer();  // pictures of the screen would contain the pointer
 }
 
 void Weston::hidePointer() { user().movePointer(1023, 767); }
@@ -114,14 +111,14 @@ void Weston::moveWindow(const std::string& title, int x, int y) const {
 }
 
 std::string Weston::xwaylandDisplay() const {
-  constexpr std::string_view kLine = "xserver listening on display ";
+  constexpr std::string_view kMessage = "xserver listening on display ";
   std::string name;
   const bool hasName = eventually([&] {
     std::ifstream log(folder() / "log");
-    // If the last line has no line end, weston is still writing it.
+    // `!log.eof()` skips a last line without a newline: weston is still writing this line.
     for (std::string line; name.empty() && std::getline(log, line) && !log.eof();) {
-      if (const std::size_t position = line.find(kLine); position != std::string::npos) {
-        name = line.substr(position + kLine.size());
+      if (const std::size_t position = line.find(kMessage); position != std::string::npos) {
+        name = line.substr(position + kMessage.size());
       }
     }
     return !name.empty();

@@ -13,15 +13,15 @@ for_window [title=".*"] floating enable
 output * bg #203020 solid_color
 seat * hide_cursor 0
 """
-NOBODY = 65534
-START_LIMIT = 30  # seconds
+NOBODY = 65534  # the user and the group
+START_TIMEOUT = 30  # seconds
 
 
 class Sway:
-    """sway on the X display `display`, or on an Xvfb server of its own if `display` is empty.
+    """Starts sway on the X display `display`. If `display` is empty, starts an Xvfb server for sway.
 
-    The screen of sway is 1024 by 768 pixels and begins at the upper left corner of the X screen. New
-    windows are centred, have no frame and get the focus. If the caller runs as root, sway runs as
+    The window of sway is 1024 by 768 pixels, at the upper left corner of the X screen. sway centres new
+    windows, draws no frames and gives new windows the focus. If the caller runs as root, sway runs as
     the user nobody. `close` ends all processes that this object started.
     """
 
@@ -73,9 +73,9 @@ class Sway:
         environment.pop("WAYLAND_DISPLAY", None)
         self.processes.append(subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL,
                                                stderr=subprocess.DEVNULL))
-        end = time.monotonic() + START_LIMIT
+        deadline = time.monotonic() + START_TIMEOUT
         while not (os.path.exists(self.wayland_display) and self._has_screen(control_socket)):
-            if time.monotonic() > end:
+            if time.monotonic() > deadline:
                 raise RuntimeError("sway does not start")
             time.sleep(0.05)
 

@@ -8,11 +8,11 @@
 
 namespace vel::test {
 
-/// Records what an area of the screen shows. The Damage extension reports each drawing in the area,
-/// and the recorder takes a picture after each report.
+/// Records what an area of the X screen shows. The X server reports each drawing, and the recorder
+/// takes a picture after each drawing in the area.
 class FrameRecorder {
  public:
-  /// Classifies a picture of the area as one letter.
+  /// Returns one letter for a picture of the area.
   using Classifier = std::function<char(const Picture&)>;
 
   FrameRecorder(const std::string& display, PixelRect area, Classifier classifier);
@@ -20,16 +20,17 @@ class FrameRecorder {
   /// Records until the condition is true. Returns false after `kTimeout`.
   bool recordUntil(const std::function<bool()>& condition);
 
-  /// The letters of the pictures, in order. Equal consecutive letters appear once.
+  /// The letters of the pictures, in order. Consecutive equal letters appear once.
   [[nodiscard]] const std::string& letters() const { return letters_; }
-  /// The rectangles that were drawn while `letters()` had exactly `index` letters. They are
-  /// relative to the area's upper left corner.
+  /// The rectangles that were drawn after the previous letter and before `letters()[index]`. The
+  /// rectangles are relative to the area's upper left corner.
   [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t index) const {
     return drawings_.at(index);
   }
 
  private:
   void takePicture();
+  /// Returns true if it has read an event.
   bool readEvents();
 
   XClient client_;

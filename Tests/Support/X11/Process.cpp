@@ -23,19 +23,19 @@ namespace {
                           const Process::Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   setenv("DISPLAY", display.c_str(), 1);
-  unsetenv("WAYLAND_DISPLAY");  // programs prefer Wayland
+  unsetenv("WAYLAND_DISPLAY");  // the program would prefer Wayland to `display`
   setenv("LC_ALL", "C", 1);
-  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-  dup2(streams.input < 0 ? null : streams.input, STDIN_FILENO);
-  dup2(streams.output < 0 ? null : streams.output, STDOUT_FILENO);
-  dup2(streams.errors < 0 ? null : streams.errors, STDERR_FILENO);
-  std::vector<char*> words;
-  words.reserve(arguments.size() + 1);
+  const int nullDevice = open("/dev/null", O_RDWR | O_CLOEXEC);
+  dup2(streams.input < 0 ? nullDevice : streams.input, STDIN_FILENO);
+  dup2(streams.output < 0 ? nullDevice : streams.output, STDOUT_FILENO);
+  dup2(streams.errors < 0 ? nullDevice : streams.errors, STDERR_FILENO);
+  std::vector<char*> argumentPointers;
+  argumentPointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
-    words.push_back(argument.data());
+    argumentPointers.push_back(argument.data());
   }
-  words.push_back(nullptr);
-  execvp(words[0], words.data());
+  argumentPointers.push_back(nullptr);
+  execvp(argumentPointers[0], argumentPointers.data());
   _exit(127);
 }
 
@@ -69,7 +69,7 @@ bool Process::isRunning() {
 }
 
 void Process::signal(int number) const {
-  if (id_ != 0) {  // 0 would be the process group of the test
+  if (id_ != 0) {  // `::kill(0, ...)` signals the process group of the test
     ::kill(id_, number);
   }
 }
@@ -84,9 +84,10 @@ void Process::end() {
     wait();
     return;
   }
-  waitForInput(descriptor, steadyNow() + kTimeout);  // readable when the program has ended
+  // The descriptor becomes readable when the program ends.
+  waitForInput(descriptor, steadyNow() + kTimeout);
   close(descriptor);
-  kill();  // also reaps a program that has ended
+  kill();  // reaps the program, even if it has already ended
 }
 
 void Process::kill() {
@@ -110,9 +111,9 @@ std::string runProgram(const std::vector<std::string>& arguments, const std::str
   Process process(arguments, display, {.output = pipeEnds[1]});
   close(pipeEnds[1]);
   std::string output;
-  std::array<char, 4096> part{};
-  for (ssize_t size = 0; (size = read(pipeEnds[0], part.data(), part.size())) > 0;) {
-    output.append(part.data(), static_cast<std::size_t>(size));
+  std::array<char, 4096> buffer{};
+  for (ssize_t size = 0; (size = read(pipeEnds[0], buffer.data(), buffer.size())) > 0;) {
+    output.append(buffer.data(), static_cast<std::size_t>(size));
   }
   close(pipeEnds[0]);
   process.wait();
