@@ -1,5 +1,5 @@
-// Operations that run in every frame, or ten times a second, do not allocate memory. This is a
-// separate program, because it replaces `operator new` to count allocations.
+// Frequent operations must not allocate memory. These tests are a separate program, because they
+// replace `operator new` to count allocations.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,7 +15,8 @@ std::size_t allocationCount = 0;
 
 }  // namespace
 
-// The default `new[]` and `nothrow` forms call this function, except for over-aligned types.
+// The standard library's other forms of `new` call this function, except the forms for over-aligned
+// types.
 // `noinline` prevents a false compiler warning that `malloc` and `delete` do not match.
 // NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
@@ -58,7 +59,7 @@ std::size_t countAllocations(Work work) {
 class AllocationTest : public LaunchScreenTest {
  protected:
   AllocationTest() {
-    load(3600);  // the countdown takes an hour
+    load(3600);  // an hour, so that the countdown does not end during a test
     present(openPlayerWindow(), kHostModeEmbedded);
     platform.run(1);
   }
@@ -71,7 +72,7 @@ TEST_F(AllocationTest, CountAllocationsCountsEveryNew) {
 TEST_F(AllocationTest, ATickOfTheCountdownDoesNotAllocate) {
   const double timeLeftBefore = timeLeft();
   EXPECT_EQ(countAllocations([this] { platform.run(0.1); }), 0u);
-  EXPECT_NEAR(timeLeftBefore - timeLeft(), 10.1, 1e-6);  // 101 ticks
+  EXPECT_NEAR(timeLeftBefore - timeLeft(), 10.1, 1e-6);  // 101 calls of `run`
 }
 
 TEST_F(AllocationTest, AnIdlePumpDoesNotAllocate) {

@@ -1,4 +1,4 @@
-// Deactivation and activation: the user goes to another application and comes back.
+// The user switches to another application (deactivation) and back (activation).
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -12,7 +12,7 @@ class ActivationTest : public EventRecordingTest {
 
 TEST_F(ActivationTest, ANewApplicationIsActive) { EXPECT_TRUE(NSApp->isActive()); }
 
-TEST_F(ActivationTest, DeactivationIsPostedBeforeTheKeyWindowResignsKey) {
+TEST_F(ActivationTest, WillResignActiveIsPostedBeforeTheKeyWindowResignsKey) {
   openKeyWindow("A");
   recorder.takeEvents();
   std::string keyWindowInHandler;
@@ -30,7 +30,7 @@ TEST_F(ActivationTest, DeactivationWithoutAKeyWindowPostsNoKeyNotification) {
   EXPECT_EQ(recorder.takeEvents(), Events{"application resigns active"});
 }
 
-TEST_F(ActivationTest, ThePreviousKeyWindowBecomesKeyBeforeActivationIsPosted) {
+TEST_F(ActivationTest, ThePreviousKeyWindowBecomesKeyBeforeDidBecomeActiveIsPosted) {
   openKeyWindow("A");
   openWindow("B");
   deactivate();
@@ -68,7 +68,7 @@ TEST_F(ActivationTest, APreviousKeyWindowThatIsDestroyedDoesNotBecomeKey) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, ActivationMakesThePreviousKeyWindowKeyEvenIfAnotherWindowIsKey) {
+TEST_F(ActivationTest, ThePreviousKeyWindowBecomesKeyEvenIfAnotherWindowIsKey) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   deactivate();
@@ -98,8 +98,7 @@ TEST_F(ActivationTest, ActivationRestoresTheWindowThatWasKeyAtTheLastDeactivatio
   deactivate();
   activate();
   EXPECT_EQ(keyWindowName(), "B");
-  // No window is key at the next deactivation.
-  platform.windowSystem().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();  // Now no window is key.
   deactivate();
   activate();
   EXPECT_EQ(keyWindowName(), "none");

@@ -24,8 +24,7 @@ void NotificationRecorder::observe() {
 EventRecordingTest::~EventRecordingTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
-  // `stop` closes the windows. Their view controllers then record events, so `recorder` must still
-  // exist.
+  // `stop` closes the windows, and the view controllers record events. `recorder` must still exist.
   NSApplication::stop();
 }
 

@@ -1,4 +1,4 @@
-// The main queue in virtual time.
+// The main queue. The clock is virtual: `platform.run` and `letTimePass` advance it.
 #include <algorithm>
 #include <cstdint>
 #include <functional>
@@ -30,7 +30,7 @@ class DispatchTest : public VirtualPlatformTest {
                 const std::function<void()>& work = nullptr) {
     dispatch_after(time, queue, makeRecordingWork(name, work));
   }
-  // Advances the clock without a pass of the run loop, as slow work does.
+  // Advances the clock without running the run loop.
   void letTimePass(double seconds) {
     loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));
   }
@@ -116,7 +116,7 @@ TEST_F(DispatchTest, DispatchAfterWithoutADelayKeepsTheOrderOfSubmission) {
   EXPECT_EQ(recordedNames, (Names{"first", "second", "third", "fourth"}));
 }
 
-TEST_F(DispatchTest, ImmediateAndDelayedWorkIsOrderedTogetherByDeadline) {
+TEST_F(DispatchTest, ImmediateAndDelayedWorkRunsInTheOrderOfDeadlines) {
   submitAt(timeAfter(0.5), "half a second");
   letTimePass(1);
   submit("one second");
@@ -146,7 +146,7 @@ TEST_F(DispatchTest, WorkWithAPastDeadlineIsDueNow) {
   EXPECT_EQ(recordedNames, Names{"work"});
 }
 
-TEST_F(DispatchTest, WorkSubmittedByWorkWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkSubmittedDuringAPassRunsInTheNextPass) {
   submit("outer", [this] { submit("inner"); });
   submit("other");
   loop.pump();
@@ -155,7 +155,7 @@ TEST_F(DispatchTest, WorkSubmittedByWorkWaitsForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"outer", "other", "inner"}));
 }
 
-TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
+TEST_F(DispatchTest, OverdueWorkSubmittedDuringAPassRunsInTheNextPass) {
   letTimePass(2);
   submit("outer", [this] { submitAt(timeAfter(-1), "inner"); });
   submit("other");
@@ -165,7 +165,7 @@ TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"outer", "other", "inner"}));
 }
 
-TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassRunsInTheNextPass) {
   submit("slow", [this] { letTimePass(1); });
   submitAt(timeAfter(0.5), "later");
   loop.pump();
@@ -174,7 +174,7 @@ TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassWaitsForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"slow", "later"}));
 }
 
-TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWorkThenNewWork) {
+TEST_F(DispatchTest, ANestedPassRunsTheRemainingDueWorkAndThenNewWork) {
   submit("outer", [this] {
     submit("submitted inside");
     loop.pump();
@@ -185,7 +185,7 @@ TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWorkThenNewWork) {
   EXPECT_EQ(recordedNames, (Names{"outer", "rest", "submitted inside", "outer ends"}));
 }
 
-TEST_F(DispatchTest, NewWorkAfterANestedLoopWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkSubmittedAfterANestedPassRunsInTheNextPass) {
   submit("outer", [this] {
     loop.pump();
     submit("new");
@@ -197,7 +197,7 @@ TEST_F(DispatchTest, NewWorkAfterANestedLoopWaitsForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"outer", "rest", "new"}));
 }
 
-TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
+TEST_F(DispatchTest, PassesMayBeNestedDeeply) {
   std::function<void(int)> nest = [&](int depth) {
     if (depth > 0) {
       submit("level", [&, depth] { nest(depth - 1); });
@@ -218,7 +218,7 @@ TEST_F(DispatchTest, TheNextDeadlineIsTheEarliestDeadlineOfPendingWork) {
   EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.5));
 }
 
-TEST_F(DispatchTest, TheNextDeadlineIsThatOfTheRemainingWorkWhileWorkRuns) {
+TEST_F(DispatchTest, TheNextDeadlineDuringAPassIsThatOfTheRemainingWork) {
   submit("outer", [this] { EXPECT_LE(loop.nextDeadline(), loop.now()); });
   submit("rest");
   loop.pump();
@@ -301,7 +301,7 @@ TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextPieceOfWorkRuns) {
   EXPECT_EQ(useCount, 1);
 }
 
-TEST_F(DispatchTest, RemoveAllMayDestroyAnObjectThatSubmitsWork) {
+TEST_F(DispatchTest, ADeleterMaySubmitWorkDuringRemoveAll) {
   const auto submittingDeleter = [this](const int* value) {
     submit("late work");
     delete value;

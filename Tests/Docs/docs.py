@@ -3,6 +3,7 @@
 import os
 from pathlib import Path
 
-# The program launchscreen.
+# The path of the program `launchscreen`.
 PROGRAM = os.environ["LAUNCHSCREEN"]
+# The root folder of the repository.
 ROOT = Path(__file__).resolve().parents[2]

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs Doxygen on the public headers and checks the reference that it writes."""
+"""Runs Doxygen on the public headers and checks the HTML pages that Doxygen writes."""
 
 import os
 import subprocess
@@ -11,7 +11,7 @@ from docs import ROOT
 
 
 def doxygen(folder, *settings):
-    """Runs Doxygen on the project. Doxygen writes its files into `folder`. Returns the finished process."""
+    """Runs Doxygen with the Doxyfile and additional settings. Doxygen writes into `folder`."""
     settings = [f"@INCLUDE = {ROOT / 'Doxyfile'}", f"OUTPUT_DIRECTORY = {folder}", *settings]
     return subprocess.run(
         [os.environ["DOXYGEN"], "-"],

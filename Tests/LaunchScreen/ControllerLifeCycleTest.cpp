@@ -1,7 +1,7 @@
 // What the launch screen's controller does in each life-cycle method. The fixture records events.
 // The event "style 7" means that a window gets the style mask 7. The mask of a window with a title
-// and all controls is 15. An embedded cover removes the controls one by one ("style 7", "style 3",
-// "style 1"), so that only the title remains.
+// and all controls is 15. The controller's view is the cover. If the cover is embedded in a window,
+// the controller removes the window's controls one by one: "style 7", "style 3", "style 1".
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -22,7 +22,7 @@ class ControllerLifeCycleTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
 
-// The order of the events of a presentation in each mode
+// Presentation in each mode: the order of the events
 
 TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasAppeared) {
   addDelegate("first");
@@ -33,7 +33,7 @@ TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasA
 }
 
 TEST_F(ControllerLifeCycleTest,
-       AnEmbeddedCoverWithoutAParentOverridesTheStyleAfterTheViewHasAppeared) {
+       AnEmbeddedCoverWithoutAParentControllerOverridesTheStyleAfterTheViewHasAppeared) {
   window = openPlayerWindow();
   takeEvents();
   addDelegate("first");
@@ -76,6 +76,7 @@ TEST_F(ControllerLifeCycleTest, TheDelegateReceivesTheController) {
 TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
   window->contentView()->addSubview(controller->view());
   controller->setAppWindow(window);
+  // Embedded, sheet, and two values that are not modes.
   for (const LaunchScreenPresentationMode mode : {0, 2, 3, -1}) {
     controller->setPresentationMode(mode);
     takeEvents();
@@ -90,6 +91,7 @@ TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
 TEST_F(ControllerLifeCycleTest, DidAppearOverridesTheStyleOnlyInEmbeddedMode) {
   window->contentView()->addSubview(controller->view());
   controller->setAppWindow(window);
+  // Modal window, sheet, and two values that are not modes.
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
     controller->setPresentationMode(mode);
     takeEvents();
@@ -109,7 +111,7 @@ TEST_F(ControllerLifeCycleTest, WillDisappearRestoresTheStyle) {
   EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
-// The window is closed
+// Closing the window
 
 TEST_F(ControllerLifeCycleTest, ClosingTheWindowOfAnEmbeddedCoverDismissesTheCover) {
   present(window, LaunchScreenPresentationEmbedded);
@@ -152,13 +154,13 @@ TEST_F(ControllerLifeCycleTest, TheLifeCycleCreatesNoIndicator) {
   }
 }
 
-// An indicator that the caller adds
+// A controller with an activity indicator
 
 class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:
   IndicatorLifeCycleTest() { controller->setActivityIndicator(indicator); }
 
-  // Calls `viewWillAppear` on a system of this version. Returns the name of the indicator's
+  // Sets the system version and calls `viewWillAppear`. Returns the name of the indicator's
   // appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);

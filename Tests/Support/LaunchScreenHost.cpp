@@ -59,6 +59,7 @@ void LaunchScreenTest::load(double duration, std::string_view mode) {
   const auto data =
       manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   ASSERT_EQ(data, manager->content());
+  // Makes the manager a delegate of the content's view controller.
   manager->contentViewForContentData(data);
 }
 

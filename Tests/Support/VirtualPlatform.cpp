@@ -13,7 +13,7 @@ namespace vel::test {
 
 namespace {
 
-// The version that NSProcessInfo reports before a test sets another one.
+// The initial value in NSProcessInfo.cpp.
 constexpr NSOperatingSystemVersion kInitialSystemVersion{15, 0, 0};
 
 }  // namespace

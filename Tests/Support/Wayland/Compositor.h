@@ -14,8 +14,9 @@
 
 namespace vel::test {
 
-/// A Wayland compositor in a window of an Xvfb server. Its screen is 1024 by 768 pixels and begins
-/// at the upper left corner of the X screen. New windows are centred and get the focus.
+/// A Wayland compositor that runs in a window of an Xvfb server. This window is 1024 by 768 pixels
+/// and is in the upper left corner of the X screen. All coordinates are pixels of the X screen. The
+/// compositor centres a new window of a client and gives it the focus.
 class Compositor : NonCopyable {
  public:
   virtual ~Compositor();
@@ -26,36 +27,38 @@ class Compositor : NonCopyable {
   /// Asks the client to close the window.
   virtual void closeWindow(const std::string& title) const = 0;
   virtual void resizeWindow(const std::string& title, int width, int height) const = 0;
-  /// Moves the upper left corner of the window to this point of the screen.
+  /// Moves the upper left corner of the window to this point.
   virtual void moveWindow(const std::string& title, int x, int y) const = 0;
   /// The display name for X clients. The compositor starts Xwayland when the first X client
   /// connects. Throws if the compositor was started without Xwayland.
   [[nodiscard]] virtual std::string xwaylandDisplay() const = 0;
 
-  /// The pixels that the screen shows.
+  /// The pixels of this area of the X screen.
   [[nodiscard]] Picture picture(PixelRect area) const { return user_.screenPicture(area); }
-  /// The pixels of the whole screen.
+  /// The pixels of the compositor's window.
   [[nodiscard]] Picture picture() const { return picture({0, 0, 1024, 768}); }
-  /// Moves the pointer of the seat, and presses and releases the main button.
+  /// Clicks the main button at this point.
   virtual void click(int x, int y) { user_.click(x, y); }
   void movePointer(int x, int y) { user_.movePointer(x, y); }
   /// Presses the main button.
   void pressButton() { user_.pressButton(); }
   void releaseButton() { user_.releaseButton(); }
-  /// Moves the pointer of the seat from one point to another while the main button is pressed.
+  /// Moves the pointer from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
   /// The X client that acts as the user. It is connected to the Xvfb server.
   [[nodiscard]] XClient& user() { return user_; }
-  /// Kills the compositor with SIGKILL, like a crash.
+  /// Kills the compositor with SIGKILL to simulate a crash.
   void kill() { process_.kill(); }
 
  protected:
+  /// Starts Xvfb with these additional arguments.
   explicit Compositor(const std::vector<std::string>& serverArguments = {});
 
   [[nodiscard]] const XServer& server() const { return server_; }
   /// The XDG_RUNTIME_DIR of the compositor.
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
-  /// Starts the compositor with this command. Does not wait until it accepts clients.
+  /// Starts the compositor with this command. Does not wait until the compositor accepts
+  /// clients.
   void start(std::vector<std::string> command);
 
  private:

@@ -7,15 +7,16 @@
 namespace vel::test {
 
 /// Hides a global object of the compositor from the clients in this process, as if the compositor
-/// did not have it. Clients that connect while a HiddenGlobal exists never see the global object.
-/// The linker replaces `wl_proxy_add_listener` in the test program, so that the listener of each
-/// registry is filtered.
+/// did not have the object. A client that connects while a HiddenGlobal exists does not see the
+/// object, even after the HiddenGlobal is destroyed. Only one HiddenGlobal may exist at a time.
+/// The test program is linked with a `wl_proxy_add_listener` that filters the events of registries.
 class HiddenGlobal : NonCopyable {
  public:
+  /// `interface` is the interface of the global object, such as "wp_viewporter".
   explicit HiddenGlobal(const std::string& interface);
   ~HiddenGlobal();
 
-  /// The number of registries from which the global object has been hidden.
+  /// The number of registries from which the HiddenGlobal has hidden the object.
   [[nodiscard]] static int registryCount();
 };
 

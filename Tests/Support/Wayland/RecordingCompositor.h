@@ -13,27 +13,27 @@
 
 namespace vel::test {
 
-/// The state of a wl_surface after the latest commit of the surface. The modal state and the title
-/// change without a commit.
+/// The state of a wl_surface. A commit updates the state; only `isModal` and `titleLength` change
+/// without a commit.
 struct SurfaceRecord {
-  std::uint32_t id = 0;      // the id of the protocol object
-  std::uint32_t parent = 0;  // the id of the parent of a subsurface; 0 for other surfaces
-  CGPoint position;          // of a subsurface, relative to the parent
+  std::uint32_t id = 0;      // the id of the wl_surface
+  std::uint32_t parent = 0;  // the id of the parent; 0 if the surface is not a subsurface
+  CGPoint position;          // relative to the parent; zero if the surface is not a subsurface
   CGSize bufferSize;         // in pixels; zero without a buffer
   int bufferScale = 1;
-  CGSize destination;  // of wp_viewport; zero if it is not set
+  CGSize destination;  // the size that wp_viewport sets; zero if not set
   int commitCount = 0;
-  bool isModal = false;  // of xdg_dialog_v1
-  int titleLength = 0;   // of xdg_toplevel, in bytes
+  bool isModal = false;  // the state that xdg_dialog_v1 sets
+  int titleLength = 0;   // the length of the xdg_toplevel's title, in bytes
 
-  /// The size in surface coordinates.
+  /// The size of the surface, in surface coordinates.
   [[nodiscard]] CGSize size() const;
 };
 
 /// A Wayland compositor for one client. It draws nothing. It records the requests of the client and
-/// sends the events that the test chooses. It runs in a child process, because a client can block
-/// until the compositor replies. Each function except `display` first handles all requests
-/// that the client has flushed. When the function returns, the client can read the events.
+/// sends the events that the test chooses. It runs in a child process, so that the client may block
+/// until the compositor replies. Each function except `display` first handles all requests that the
+/// client has flushed. The function sends all events before it returns.
 class RecordingCompositor : NonCopyable {
  public:
   /// Starts with wl_compositor, wl_subcompositor and wl_shm.
@@ -43,16 +43,16 @@ class RecordingCompositor : NonCopyable {
   /// The value of `WAYLAND_DISPLAY` for the client.
   [[nodiscard]] std::string display() const { return (folder_ / "wayland-1").string(); }
 
-  /// Announces a global object and returns its number. Pass this number as `global`, `output` or
-  /// `seat`.
+  /// Announces a global object and returns its number. Other functions take this number as
+  /// `global`, `output` or `seat`.
   int addGlobal(const std::string& interface);
   int addOutput(int scale);
   /// Adds a seat with a keyboard and a pointer.
   int addSeat() { return addGlobal("wl_seat"); }
   void removeGlobal(int global);
 
-  // The functions from `setOutputScale` to `requestClose` send events. `surface` is the id of a
-  // surface.
+  // The functions from `setOutputScale` to `requestClose` send events to the client. `surface` is
+  // the id of a wl_surface.
 
   void setOutputScale(int output, int scale);
   void enterOutput(std::uint32_t surface, int output);
@@ -68,10 +68,10 @@ class RecordingCompositor : NonCopyable {
   void configureFullscreen(std::uint32_t surface, CGSize size);
   void requestClose(std::uint32_t surface);
 
-  /// From now on, wl_shm.create_pool causes a protocol error.
+  /// Makes each later wl_shm.create_pool request fail with a protocol error.
   void refusePools();
 
-  /// Handles the requests that the client has flushed, and does nothing else.
+  /// Handles the requests that the client has flushed, as each command does.
   void handleRequests() { execute("surfaces"); }
   /// The surfaces in the order of their creation.
   std::vector<SurfaceRecord> surfaces();
@@ -80,19 +80,19 @@ class RecordingCompositor : NonCopyable {
   /// Returns the subsurfaces of `parent`. If `parent` is 0, returns the surfaces that are not
   /// subsurfaces.
   std::vector<SurfaceRecord> children(std::uint32_t parent);
-  /// The number of protocol objects of each interface.
+  /// The number of the client's protocol objects, by interface.
   std::map<std::string, int> objects();
-  /// Returns the names of the requests that the client has sent since the previous call, such as
-  /// "xdg_toplevel.destroy". Omits names that do not begin with `prefix`.
+  /// Returns the names of the recorded requests that begin with `prefix`, such as
+  /// "xdg_toplevel.destroy". Then forgets all recorded requests.
   std::vector<std::string> takeRequests(const std::string& prefix);
 
  private:
-  /// Sends a command to the compositor and returns its reply.
+  /// Sends a command to the child process and returns the reply.
   std::string execute(const std::string& command);
 
   std::filesystem::path folder_;  // the XDG_RUNTIME_DIR of the compositor
-  int control_ = -1;              // a socket for commands
-  pid_t process_ = 0;
+  int control_ = -1;              // the socket for commands to the child process
+  pid_t process_ = 0;             // the child process
 };
 
 }  // namespace vel::test

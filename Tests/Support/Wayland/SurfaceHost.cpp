@@ -11,10 +11,11 @@
 
 namespace vel::test {
 
-/// The functions that libwayland calls when the host receives an event.
+/// The functions that libwayland calls for the events of a SurfaceHost, the host. `data` points to
+/// the host.
 struct HostEvents {
-  /// Counts an event and returns the host that received the event.
-  static SurfaceHost& hostOf(void* data) {
+  /// Returns the host.
+  static SurfaceHost& countEvent(void* data) {
     auto& host = *static_cast<SurfaceHost*>(data);
     ++host.eventCount_;
     return host;
@@ -22,7 +23,7 @@ struct HostEvents {
 
   static void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
                      std::uint32_t /*version*/) {
-    SurfaceHost& host = hostOf(data);
+    SurfaceHost& host = countEvent(data);
     const std::string_view text = interface;
     if (text == "wl_compositor" && host.compositor_ == nullptr) {
       host.compositor_ = static_cast<wl_compositor*>(
@@ -43,13 +44,13 @@ struct HostEvents {
                                                           .global_remove = globalRemove};
 
   static void ping(void* data, xdg_wm_base* windowManager, std::uint32_t serial) {
-    hostOf(data);  // counts the event
+    countEvent(data);
     xdg_wm_base_pong(windowManager, serial);
   }
   static constexpr xdg_wm_base_listener kWindowManagerListener{.ping = ping};
 
   static void configureXdgSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
-    SurfaceHost& host = hostOf(data);
+    SurfaceHost& host = countEvent(data);
     xdg_surface_ack_configure(surface, serial);
     // If the compositor sends a size of zero, the host chooses the size.
     const CGSize size = host.pendingSize_.width > 0 ? host.pendingSize_ : host.ownSize_;
@@ -66,21 +67,21 @@ struct HostEvents {
 
   static void configureToplevel(void* data, xdg_toplevel* /*toplevel*/, std::int32_t width,
                                 std::int32_t height, wl_array* /*states*/) {
-    hostOf(data).pendingSize_ = {static_cast<double>(width), static_cast<double>(height)};
+    countEvent(data).pendingSize_ = {static_cast<double>(width), static_cast<double>(height)};
   }
   static void closeToplevel(void* data, xdg_toplevel* /*toplevel*/) {
-    hostOf(data).isAskedToClose_ = true;
+    countEvent(data).isAskedToClose_ = true;
   }
   static const xdg_toplevel_listener kToplevelListener;
 
   static void enterOutput(void* data, wl_surface* /*surface*/, wl_output* /*output*/) {
-    ++hostOf(data).outputEntries_;
+    ++countEvent(data).outputEntries_;
   }
   static void leaveOutput(void* /*data*/, wl_surface* /*surface*/, wl_output* /*output*/) {}
   static const wl_surface_listener kSurfaceListener;
 
   static void capabilities(void* data, wl_seat* seat, std::uint32_t capabilities) {
-    SurfaceHost& host = hostOf(data);
+    SurfaceHost& host = countEvent(data);
     if ((capabilities & WL_SEAT_CAPABILITY_POINTER) != 0 && host.pointer_ == nullptr) {
       host.pointer_ = wl_seat_get_pointer(seat);
       wl_pointer_add_listener(host.pointer_, &kPointerListener, data);
@@ -96,7 +97,7 @@ struct HostEvents {
   static void touchDown(void* data, wl_touch* /*touch*/, std::uint32_t /*serial*/,
                         std::uint32_t /*time*/, wl_surface* surface, std::int32_t /*id*/,
                         wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
-    SurfaceHost& host = hostOf(data);
+    SurfaceHost& host = countEvent(data);
     ++(surface == host.surface_ ? host.touches_ : host.touchesElsewhere_);
   }
   static void touchUp(void* /*data*/, wl_touch* /*touch*/, std::uint32_t /*serial*/,
@@ -108,29 +109,30 @@ struct HostEvents {
   static const wl_touch_listener kTouchListener;
 
   static void frameDone(void* data, wl_callback* callback, std::uint32_t /*time*/) {
-    ++hostOf(data).frameCount_;
+    ++countEvent(data).frameCount_;
     wl_callback_destroy(callback);
   }
   static constexpr wl_callback_listener kFrameListener{.done = frameDone};
 
-  static void enter(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
-                    wl_surface* surface, wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
-    SurfaceHost& host = hostOf(data);
+  static void pointerEnter(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
+                           wl_surface* surface, wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
+    SurfaceHost& host = countEvent(data);
     host.isPointerInside_ = surface == host.surface_;
+    // A toolkit would mistake the user data of a foreign surface for its own data.
     if (surface != nullptr && surface != host.surface_ &&
         wl_surface_get_user_data(surface) != nullptr) {
       host.hasEnteredForeignSurfaceWithData_ = true;
     }
   }
-  static void leave(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
-                    wl_surface* /*surface*/) {
-    hostOf(data).isPointerInside_ = false;
+  static void pointerLeave(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
+                           wl_surface* /*surface*/) {
+    countEvent(data).isPointerInside_ = false;
   }
   static void motion(void* /*data*/, wl_pointer* /*pointer*/, std::uint32_t /*time*/,
                      wl_fixed_t /*x*/, wl_fixed_t /*y*/) {}
   static void button(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
                      std::uint32_t /*time*/, std::uint32_t /*button*/, std::uint32_t state) {
-    SurfaceHost& host = hostOf(data);
+    SurfaceHost& host = countEvent(data);
     if (state == WL_POINTER_BUTTON_STATE_PRESSED) {
       ++(host.isPointerInside_ ? host.presses_ : host.pressesElsewhere_);
     }
@@ -140,6 +142,7 @@ struct HostEvents {
   static const wl_pointer_listener kPointerListener;
 };
 
+// Later protocol versions add members to the four listeners below. These members stay null.
 const xdg_toplevel_listener HostEvents::kToplevelListener = [] {
   xdg_toplevel_listener listener{};
   listener.configure = HostEvents::configureToplevel;
@@ -166,8 +169,8 @@ const wl_touch_listener HostEvents::kTouchListener = [] {
 
 const wl_pointer_listener HostEvents::kPointerListener = [] {
   wl_pointer_listener listener{};
-  listener.enter = HostEvents::enter;
-  listener.leave = HostEvents::leave;
+  listener.enter = HostEvents::pointerEnter;
+  listener.leave = HostEvents::pointerLeave;
   listener.motion = HostEvents::motion;
   listener.button = HostEvents::button;
   listener.axis = HostEvents::axis;
@@ -193,8 +196,8 @@ SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, C
   wl_surface_commit(surface_);
   while (!isConfigured_ && wl_display_dispatch(display_) >= 0) {
   }
-  // sway makes a new window float and then configures the window again. The round trips receive the
-  // configure events.
+  // sway configures a new window again when sway makes the window float. The round trips receive
+  // these events.
   wl_display_roundtrip(display_);
   wl_display_roundtrip(display_);
 }
@@ -250,16 +253,17 @@ void SurfaceHost::draw() {
 }
 
 wl_buffer* SurfaceHost::makeBuffer(int width, int height) const {
-  const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-  const std::size_t bytes = count * sizeof(std::uint32_t);
+  const std::size_t pixelCount = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  const std::size_t byteCount = pixelCount * sizeof(std::uint32_t);
   const int file = memfd_create("host", MFD_CLOEXEC);
-  if (file < 0 || ftruncate(file, static_cast<off_t>(bytes)) != 0) {
+  if (file < 0 || ftruncate(file, static_cast<off_t>(byteCount)) != 0) {
     throw std::runtime_error("no shared memory");
   }
-  void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-  std::ranges::fill(std::span(static_cast<std::uint32_t*>(memory), count), 0xFF000000U | color_);
-  munmap(memory, bytes);
-  wl_shm_pool* const pool = wl_shm_create_pool(shm_, file, static_cast<std::int32_t>(bytes));
+  void* const memory = mmap(nullptr, byteCount, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  std::ranges::fill(std::span(static_cast<std::uint32_t*>(memory), pixelCount),
+                    0xFF000000U | color_);
+  munmap(memory, byteCount);
+  wl_shm_pool* const pool = wl_shm_create_pool(shm_, file, static_cast<std::int32_t>(byteCount));
   wl_buffer* const buffer =
       wl_shm_pool_create_buffer(pool, 0, width, height, width * 4, WL_SHM_FORMAT_XRGB8888);
   wl_shm_pool_destroy(pool);
