@@ -1,4 +1,4 @@
-// VelHostWindow, which describes the window to cover.
+// Tests VelHostWindow, the structure that identifies the host's window.
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -12,7 +12,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// These pointers point to no objects. The headless display does not use them.
+// These pointers are invalid. The headless display does not dereference them.
 // NOLINTBEGIN(performance-no-int-to-ptr)
 auto* const kDisplay = reinterpret_cast<wl_display*>(0x10);
 auto* const kSurface = reinterpret_cast<wl_surface*>(0x20);
@@ -49,7 +49,7 @@ class HostWindowTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(HostWindowTest, EveryHostWindowIsABadWindowOnTheHeadlessDisplay) {
+TEST_F(HostWindowTest, TheHeadlessDisplayRefusesEachKindOfHostWindow) {
   VelHostWindow x11 = VEL_HOST_WINDOW_INIT;
   x11.x11_window = 4711;
   VelHostWindow cocoa = VEL_HOST_WINDOW_INIT;
@@ -83,14 +83,14 @@ TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
     EXPECT_EQ(createWithChangedWaylandWindow(change), VEL_INVALID_ARGUMENT);
     EXPECT_STRNE(vel_last_error(), "");
   }
-  // The toplevel is optional, so this structure is valid. VEL_BAD_WINDOW: the headless display
-  // refuses every valid host window.
+  // The headless display refuses a valid host window with VEL_BAD_WINDOW. So this result shows that
+  // `xdg_toplevel` is optional.
   EXPECT_EQ(
       createWithChangedWaylandWindow([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
       VEL_BAD_WINDOW);
 }
 
-TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
+TEST_F(HostWindowTest, OptionsMustNotSetBothWindowMembers) {
   const VelHostWindow window = waylandWindow();
   VelCreateOptions options = virtualTimeOptions();
   options.window = 4711;
@@ -98,18 +98,17 @@ TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(HostWindowTest, ASmallerStructureIsRefusedAndUnknownMembersMustBeZero) {
+TEST_F(HostWindowTest, ATooSmallSizeAndANonzeroUnknownMemberAreRefused) {
   EXPECT_EQ(createWithChangedWaylandWindow([](VelHostWindow& window) { --window.size; }),
             VEL_INVALID_ARGUMENT);
-  struct LaterHostWindow {
+  struct LaterVersionHostWindow {
     VelHostWindow known;
     std::uint64_t unknown;
   } later{waylandWindow(), 1};
   later.known.size = sizeof later;
   EXPECT_EQ(create(later.known), VEL_INVALID_ARGUMENT);
   later.unknown = 0;
-  // The structure is now valid. VEL_BAD_WINDOW: the headless display refuses every valid host
-  // window.
+  // The headless display refuses a valid host window with VEL_BAD_WINDOW.
   EXPECT_EQ(create(later.known), VEL_BAD_WINDOW);
 }
 

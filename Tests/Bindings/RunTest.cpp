@@ -1,5 +1,6 @@
-// A launch screen from its request to its end. In the callback lines, "state_changed 3" is
-// VEL_STATE_LOADED, "ended 1" is VEL_END_TIME_USED_UP, and "ended 2" is VEL_END_DISMISSED.
+// Tests a launch screen from its request to its end. Each line of `host.callbackLines` is the name
+// and the arguments of a callback. "state_changed 3" means VEL_STATE_LOADED, "ended 1" means
+// VEL_END_TIME_USED_UP, and "ended 2" means VEL_END_DISMISSED.
 #include <thread>
 
 #include "Platform/AppKit/NSApplication.h"
@@ -13,7 +14,7 @@ using Lines = std::vector<std::string>;
 
 class CRunTest : public CBindingTest {
  protected:
-  /// Creates a launch screen over a window with a content controller.
+  /// Destroys the launch screen and creates another one. Its window has a content controller.
   void createWithContentController() {
     VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = 1;
@@ -34,7 +35,7 @@ TEST_F(CRunTest, AnEmbeddedLaunchScreenCallsTheCallbacksInOrder) {
   EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), kFullStyle);
-  // Without a content controller, the cover stays for one second after did_disappear.
+  // Without a content controller, the launch screen stays up for one second after did_disappear.
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
@@ -44,7 +45,7 @@ TEST_F(CRunTest, AnEmbeddedLaunchScreenCallsTheCallbacksInOrder) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, TheCoverOfAWindowWithAContentControllerIsRemovedWithoutDelay) {
+TEST_F(CRunTest, AnEmbeddedLaunchScreenEndsWithoutDelayIfTheWindowHasAContentController) {
   createWithContentController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
@@ -53,7 +54,7 @@ TEST_F(CRunTest, TheCoverOfAWindowWithAContentControllerIsRemovedWithoutDelay) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, ASheetOrModalWindowEndsBeforeTheEventIsRecorded) {
+TEST_F(CRunTest, ASheetOrModalLaunchScreenEndsBeforeItsEventIsRecorded) {
   for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
     host.callbackLines.clear();
@@ -142,7 +143,7 @@ TEST_F(CRunTest, ADismissalInSkipModeRecordsNoEvent) {
 
 TEST_F(CRunTest, ADismissalInForcedModeRecordsTheEventTwoAndAHalfSecondsLater) {
   present(VEL_PRESENT_EMBEDDED, 60);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // but the cover stays
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // the launch screen stays up
   ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "may_disappear");
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
@@ -154,8 +155,8 @@ TEST_F(CRunTest, DismissChangesNothingIfNoLaunchScreenIsShown) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // If vel_dismiss had set `launchScreenExpired` of the manager, the loss of focus would not pause
-  // the countdown.
+  // The loss of focus pauses the countdown only if LaunchScreenManager::launchScreenExpired is
+  // false. So vel_dismiss has not set it.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
@@ -164,14 +165,14 @@ TEST_F(CRunTest, DismissOnAnotherThreadChangesNothingIfNoLaunchScreenIsShown) {
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   VelStatus status = VEL_INTERNAL_ERROR;
   std::thread([&] { status = vel_dismiss(screen); }).join();
-  EXPECT_EQ(status, VEL_OK);  // only the owning thread gets VEL_NOT_UP
+  EXPECT_EQ(status, VEL_OK);  // returns VEL_NOT_UP only on the owning thread
   host.callbackLines.clear();
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_TRUE(host.callbackLines.empty());
   EXPECT_EQ(secondsLeft(), 2);
 }
 
-TEST_F(CRunTest, TheCoverStaysIfMayDisappearReturnsZero) {
+TEST_F(CRunTest, TheLaunchScreenStaysUpIfMayDisappearReturnsZero) {
   host.mayDisappear = false;
   present(VEL_PRESENT_EMBEDDED, 1, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -195,7 +196,7 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
   EXPECT_NE(lines.find("launch_end"), std::string::npos);
 }
 
-TEST_F(CRunTest, ControlsThatTheWindowManagerDoesNotDisableAreReported) {
+TEST_F(CRunTest, ControlsKeptReportsTheControlsThatTheWindowManagerKeeps) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
   windowSystem().windowManagerKeepsControls(
@@ -229,7 +230,7 @@ TEST_F(CRunTest, DestroyingTheModalWindowMakesTheLaunchScreenDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, ARequestCanBePresentedAfterALaunchScreenHasEnded) {
+TEST_F(CRunTest, ANewRequestCanBePresentedAfterALaunchScreenHasEnded) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
   host.callbackLines.clear();

@@ -1,9 +1,10 @@
-// How the countdown follows the key window. A window is required if the user can see the launch
-// screen while the window is key. The countdown pauses when a required window resigns key, and
-// resumes when a required window becomes key.
+// Tests how LaunchScreenManager reacts to changes of the key window. A window is required if the
+// countdown may run while the window is key. The manager pauses the countdown when a required
+// window resigns key, and resumes it when a required window becomes key.
 //
-// If `launchShouldBeClosed` is true when a required window becomes key, the manager runs the
-// postponed dismissal (in skip mode) or schedules the postponed analytics event (otherwise).
+// `launchShouldBeClosed` is set if a dismissal or an analytics event is postponed until a required
+// window becomes key. In skip mode, the manager then dismisses the launch screen. In forced
+// mode, it schedules the event.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -26,7 +27,7 @@ TEST_F(FocusTest, SubscribeRegistersSixObservers) {
   EXPECT_EQ(registrationCount(), 6u);
 }
 
-TEST_F(FocusTest, SubscribingTwiceMakesANotificationCallItsHandlerTwice) {
+TEST_F(FocusTest, ANotificationCallsItsHandlerTwiceAfterTwoSubscriptions) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
@@ -80,12 +81,13 @@ TEST_F(FocusTest, HandlersUnrelatedToTheKeyWindowDoNothing) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-// The window resigns key with the deactivation, and becomes key again with the activation.
+// Deactivating the application makes the window resign key. Activating the application makes the
+// window key again.
 TEST_F(FocusTest, SwitchingToAnotherApplicationPausesTheCountdownUntilTheUserComesBack) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
-  constexpr double kTimeLeftAfterTwoTicks = 0x1.3333333333334p+2;
+  constexpr double kTimeLeftAfterTwoTicks = 0x1.3333333333334p+2;  // about 4.8 s
   platform.windowSystem().userDeactivatesApplication();
   EXPECT_TRUE(manager->appIsUnfocused());
   platform.run(3.0);
@@ -115,7 +117,7 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeySetsAppIsUnfocusedEvenWithoutACou
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, ARequiredWindowThatResignsKeyAfterTheExpirationChangesNothing) {
+TEST_F(FocusTest, ARequiredWindowThatResignsKeyChangesNothingIfTheLaunchScreenHasExpired) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   const auto stateBefore = state();
@@ -135,7 +137,7 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
 
 // A window becomes key
 
-TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
+TEST_F(FocusTest, ARequiredWindowThatBecomesKeyResumesTheCountdown) {
   show(5.0);
   notifyDidResignKey(window);
   notifyDidBecomeKey(window);
@@ -155,7 +157,7 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
 
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsNoCountdownIfNoTimeIsLeft) {
   show(5.0);
-  manager->stopTimer();
+  manager->stopTimer();  // also sets the time left to 0
   manager->setAppIsUnfocused(true);
   notifyDidBecomeKey(window);
   EXPECT_FALSE(manager->appIsUnfocused());
@@ -173,7 +175,7 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItBecomesKey) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, APostponedEventIsSentASecondAfterTheWindowBecomesKey) {
+TEST_F(FocusTest, APostponedEventIsSentOneSecondAfterTheWindowBecomesKey) {
   // Sending the event sets `eventWasSended`. The event is recorded half a second later.
   show(5.0);
   notifyDidResignKey(window);
@@ -219,7 +221,7 @@ TEST_F(FocusTest, APostponedEventIsRecordedOnceIfTheWindowBecomesKeyTwice) {
   EXPECT_EQ(platform.events.size(), 1u) << "the event is recorded once";
 }
 
-TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
+TEST_F(FocusTest, APostponedDismissalRunsBeforeTheCountdownResumes) {
   show(5.0, "skip");
   notifyDidResignKey(window);
   manager->setLaunchShouldBeClosed(true);
@@ -237,7 +239,7 @@ TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
   EXPECT_TRUE(manager->launchShouldBeClosed());
 }
 
-TEST_F(FocusTest, InSkipModeWithoutAPostponedDismissalNothingIsDismissed) {
+TEST_F(FocusTest, NothingIsDismissedInSkipModeIfNoDismissalIsPostponed) {
   show(5.0, "skip");
   notifyDidResignKey(window);
   notifyDidBecomeKey(window);

@@ -1,4 +1,5 @@
-// Records the reports of a back end, and waits for them.
+// Records the reports of a back end, and waits for them. A report is a call of a
+// WindowSystemDelegate operation.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// Simulates the objects that a host written in Objective-C passes to the library.
+// Test objects. A host written in Objective-C passes such objects to the library.
 #pragma once
 
 #import <VelLaunchScreen/ObjectiveC.h>
@@ -11,15 +11,15 @@
 + (NativeRequest*)requestWithParameters:(NSDictionary*)parameters;
 @end
 
-/// A broker that stores the latest resolver. `registerContentResolver:` returns NO.
+/// A broker. `registerContentResolver:` stores its argument and returns NO.
 @interface NativeBroker : NSObject <ContentBroker> {
  @public
   id<ContentResolver> resolver;  // not retained
 }
 @end
 
-/// Counts the calls of `contentResolver:didChangeStateForContentData:`. Stores the arguments of the
-/// latest call, and whether the main thread made this call.
+/// `changes` counts the calls of `contentResolver:didChangeStateForContentData:`. The other members
+/// describe the latest call: its arguments and its thread.
 @interface NativeResolverDelegate : NSObject <ContentResolverDelegate> {
  @public
   int changes;
@@ -29,7 +29,8 @@
 }
 @end
 
-/// Implements the operation of ContentResolverDelegate. The class does not adopt this protocol.
+/// Implements the operation of ContentResolverDelegate, but does not adopt this protocol. `changes`
+/// counts the calls.
 @interface DelegateWithoutProtocol : NSObject {
  @public
   int changes;
@@ -38,9 +39,9 @@
     didChangeStateForContentData:(id<ContentData>)data;
 @end
 
-/// Implements all operations of ContentViewDelegate. `calls` has one string for each call, and
-/// `view` is the argument of `contentViewWillAppear:`. `canContentViewDisappear:` returns
-/// `mayDisappear`.
+/// Implements all operations of ContentViewDelegate. `calls` has one string for each call, such as
+/// "will appear". `contentViewWillAppear:` stores its argument in `view`.
+/// `canContentViewDisappear:` returns `mayDisappear`.
 @interface NativeViewDelegate : NSObject <ContentViewDelegate> {
  @public
   NSMutableArray* calls;
@@ -49,6 +50,6 @@
 }
 @end
 
-/// Implements no operation of ContentViewDelegate: all of them are optional.
+/// Implements no operation of ContentViewDelegate. All operations of this protocol are optional.
 @interface SilentViewDelegate : NSObject <ContentViewDelegate>
 @end

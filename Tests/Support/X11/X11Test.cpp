@@ -34,8 +34,8 @@ bool isCompositor(Manager manager) {
 }
 
 void waitForManager(const std::string& name, XClient& client) {
-  // A manager sets WM_STATE of each window that it manages. A manager that is still starting may
-  // ignore a new window, so the loop maps the window `probe` repeatedly.
+  // A window manager sets WM_STATE of each window that it manages. A window manager that is still
+  // starting may ignore a mapped window, so the loop maps `probe` until it has WM_STATE.
   const Nanoseconds limit = steadyNow() + kTimeout;
   const xcb_window_t probe = client.makeWindow({0, 0, 10, 10}, 0);
   client.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -44,9 +44,9 @@ void waitForManager(const std::string& name, XClient& client) {
       throw std::runtime_error(name + " does not start");
     }
     client.unmap(probe);
-    const bool isManagerAnnounced =
+    const bool hasSupportingWmCheck =
         !client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty();
-    if (isManagerAnnounced) {
+    if (hasSupportingWmCheck) {
       client.map(probe);
     }
     waitForInput(xcb_get_file_descriptor(client.connection()),
@@ -151,6 +151,7 @@ bool X11Test::showsOnly(std::uint32_t color, xcb_window_t window) const {
   if (compositor == nullptr) {
     return screenHasColor();
   }
+  // The screen may still change after it first shows the colour.
   constexpr Nanoseconds kCheckDuration = kNanosecondsPerSecond / 10;
   bool hasColor = eventually(screenHasColor);
   for (const Nanoseconds limit = steadyNow() + kCheckDuration; hasColor && steadyNow() < limit;) {

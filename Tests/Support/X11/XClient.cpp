@@ -18,7 +18,7 @@ namespace {
 template <class T>
 using Reply = x11::XcbPointer<T>;
 
-std::string nameOf(xcb_connection_t* connection, xcb_atom_t atom) {
+std::string atomName(xcb_connection_t* connection, xcb_atom_t atom) {
   const Reply<xcb_get_atom_name_reply_t> reply(
       xcb_get_atom_name_reply(connection, xcb_get_atom_name(connection, atom), nullptr));
   return reply == nullptr
@@ -192,7 +192,7 @@ std::vector<std::uint32_t> XClient::numbers(xcb_window_t window, std::string_vie
 std::vector<std::string> XClient::atomNames(xcb_window_t window, std::string_view name) const {
   std::vector<std::string> names;
   for (const xcb_atom_t atom : numbers(window, name)) {
-    names.push_back(nameOf(connection_, atom));
+    names.push_back(atomName(connection_, atom));
   }
   return names;
 }
@@ -240,7 +240,7 @@ std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
 
 xcb_window_t XClient::findWindow(std::string_view classOrTitle, xcb_window_t ancestor) const {
   std::vector<xcb_window_t> windows = children(ancestor == 0 ? root_ : ancestor);
-  std::ranges::reverse(windows);
+  std::ranges::reverse(windows);  // topmost window first
   const auto text = [this](xcb_window_t window, std::string_view property) {
     const auto value = this->property(window, property);
     return value ? value->text() : std::string();
@@ -282,15 +282,15 @@ void XClient::sendProtocolMessage(xcb_window_t window, std::string_view protocol
 }
 
 void XClient::requestClose(xcb_window_t window) {
-  constexpr std::uint32_t kFromPager = 2;
+  constexpr std::uint32_t kSourcePager = 2;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-              window, "_NET_CLOSE_WINDOW", XCB_CURRENT_TIME, kFromPager);
+              window, "_NET_CLOSE_WINDOW", XCB_CURRENT_TIME, kSourcePager);
 }
 
 void XClient::requestActivation(xcb_window_t window) {
-  constexpr std::uint32_t kFromPager = 2;
+  constexpr std::uint32_t kSourcePager = 2;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-              window, "_NET_ACTIVE_WINDOW", kFromPager, XCB_CURRENT_TIME);
+              window, "_NET_ACTIVE_WINDOW", kSourcePager, XCB_CURRENT_TIME);
 }
 
 void XClient::requestIconify(xcb_window_t window) {
@@ -319,10 +319,10 @@ void XClient::requestToggleStates(xcb_window_t window, std::string_view state,
 
 void XClient::sendStateRequest(xcb_window_t window, std::uint32_t action, std::string_view state,
                                std::string_view secondState) {
-  constexpr std::uint32_t kFromApplication = 1;
+  constexpr std::uint32_t kSourceApplication = 1;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
               window, "_NET_WM_STATE", action, atom(state),
-              secondState.empty() ? 0 : atom(secondState), kFromApplication);
+              secondState.empty() ? 0 : atom(secondState), kSourceApplication);
 }
 
 // Simulating the pointer and the keyboard
@@ -333,9 +333,9 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   waitForServer();
 }
 
-// Waits until `condition` accepts the server's pointer state, or until a timeout. If `user_` is
-// set, the server is Xwayland, and the timeout is only one second: Xwayland receives no input while
-// the pointer is outside the windows of its clients.
+// Waits until `condition` returns true for the pointer state of the server, or until a timeout. If
+// `user_` is not null, the server is Xwayland. Xwayland receives no input while the pointer is
+// outside the windows of its clients, so a wait for this input times out after one second.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
@@ -345,15 +345,12 @@ void XClient::waitForPointer(
     if (pointer == nullptr || condition(*pointer)) {
       return;
     }
-    if (user_ != nullptr) {  // Xwayland receives the input later, from the compositor
+    if (user_ != nullptr) {  // gives the compositor time to send the input to Xwayland
       waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
     }
   }
 }
 
-// Xwayland can report an old position, because it receives no positions while the pointer is
-// outside the windows of its clients. If the old position is (x, y), waiting for (x, y) would end
-// too early. So the pointer moves to (x + 1, y) first.
 void XClient::movePointer(int x, int y) {
   const auto waitForPosition = [this](int expectedX, int expectedY) {
     waitForPointer([=](const xcb_query_pointer_reply_t& pointer) {
@@ -361,6 +358,8 @@ void XClient::movePointer(int x, int y) {
     });
   };
   if (user_ != nullptr) {
+    // Xwayland may already report (x, y) from an earlier movement. Then the second wait would end
+    // before Xwayland has received the new movement. Moving to (x + 1, y) first prevents this.
     user_->movePointer(x + 1, y);
     waitForPosition(x + 1, y);
     user_->movePointer(x, y);
@@ -397,8 +396,8 @@ void XClient::click(int x, int y) {
   pressButton();
   releaseButton();
   if (user_ != nullptr) {
-    // The compositor draws the pointer on the screen. Move the pointer to the corner that
-    // `screenPicture` paints over.
+    // The compositor draws the pointer on the screen. `screenPicture` paints over the lower right
+    // corner of the screen, so the pointer moves to this corner.
     const PixelRect screen = screenArea();
     user_->movePointer(screen.width - 1, screen.height - 1);
   }
@@ -422,6 +421,7 @@ void XClient::updateUserTime(xcb_window_t window) {
 xcb_timestamp_t XClient::serverTime(xcb_window_t window) {
   xcb_timestamp_t time = XCB_CURRENT_TIME;
   selectEvents(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  // The change makes the server send a PropertyNotify event with the server's time.
   setProperty(window, "_VEL_TEST", Property::ofText(XCB_ATOM_STRING, ""));
   while (const x11::Event event{xcb_poll_for_event(connection_)}) {
     if (x11::typeOf(*event) == XCB_PROPERTY_NOTIFY) {
@@ -439,7 +439,7 @@ std::map<std::string, unsigned> XClient::clientResourceCounts(xcb_window_t windo
   if (reply != nullptr) {
     for (auto types = xcb_res_query_client_resources_types_iterator(reply.get()); types.rem > 0;
          xcb_res_type_next(&types)) {
-      counts[nameOf(connection_, types.data->resource_type)] = types.data->count;
+      counts[atomName(connection_, types.data->resource_type)] = types.data->count;
     }
   }
   return counts;

@@ -16,8 +16,7 @@ namespace vel::test {
 
 namespace {
 
-// Without Metacity's compositor, the screen shows each drawing immediately, and windows have no
-// shadows.
+// Metacity must not composite: a compositor updates the screen later, and it draws shadows.
 constexpr std::string_view kMetacityAndMarcoSettings =
     "[org/gnome/metacity]\ncompositor='none'\n"
     "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n"
@@ -26,7 +25,7 @@ constexpr std::string_view kIceWMSettings = "ShowTaskBar=0\nShowSplash=0\n";
 // Fluxbox must not show a toolbar or start a program that draws a background.
 constexpr std::string_view kFluxboxSettings =
     "session.screen0.toolbar.visible: false\nsession.styleOverlay: ~/.fluxbox/overlay\n";
-constexpr std::string_view kFluxboxStyle = "background: none\n";
+constexpr std::string_view kFluxboxOverlay = "background: none\n";
 
 std::filesystem::path makeFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "x11-test-XXXXXX").string();
@@ -48,7 +47,7 @@ XServer::XServer(NoProcess /*tag*/, std::string display)
   writeFile(settings_ / "glib-2.0/settings/keyfile", kMetacityAndMarcoSettings);
   writeFile(settings_ / ".icewm/preferences", kIceWMSettings);
   writeFile(settings_ / ".fluxbox/init", kFluxboxSettings);
-  writeFile(settings_ / ".fluxbox/overlay", kFluxboxStyle);
+  writeFile(settings_ / ".fluxbox/overlay", kFluxboxOverlay);
 }
 
 XServer XServer::ofDisplay(std::string display) { return {NoProcess(), std::move(display)}; }

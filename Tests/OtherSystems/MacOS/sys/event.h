@@ -1,7 +1,6 @@
-// The part of <sys/event.h> of macOS that the library uses, declared by hand. The names and the
-// meaning are those of the kqueue interface. The values of the constants are arbitrary.
+// Replaces <sys/event.h> of macOS in tests on Linux. Declares only what the library uses.
 #pragma once
-#pragma GCC system_header  // no warning that a function and a structure have the same name
+#pragma GCC system_header  // suppresses a warning: `kevent` is a structure and a function
 
 #include <cstdint>
 #include <ctime>
@@ -24,5 +23,5 @@ inline constexpr std::uint32_t NOTE_NSECONDS = 4;
 inline constexpr std::uint32_t NOTE_CRITICAL = 32;
 
 int kqueue();
-int kevent(int kqueue, const struct kevent* changes, int changeCount, struct kevent* events,
+int kevent(int queue, const struct kevent* changes, int changeCount, struct kevent* events,
            int eventCount, const timespec* timeout);
