@@ -44,7 +44,7 @@ TEST_F(KeyWindowTest, AWindowIsAlreadyKeyWhenDidBecomeKeyIsPosted) {
   EXPECT_EQ(keyWindowInHandler, "A");
 }
 
-TEST_F(KeyWindowTest, MakingTheKeyWindowKeyDoesNothing) {
+TEST_F(KeyWindowTest, MakeKeyWindowOfTheKeyWindowDoesNothing) {
   const auto window = openKeyWindow("A");
   recorder.takeEvents();
   window->makeKeyWindow();
@@ -223,7 +223,7 @@ TEST_F(MainWindowTest, IsNullWhileTheClosedMainWindowResignsKey) {
   EXPECT_EQ(mainWindowInHandler, "none");
 }
 
-TEST_F(MainWindowTest, IsNotTheClosedKeyWindowEvenIfAHandlerOpensItAgain) {
+TEST_F(MainWindowTest, IsTheNextKeyWindowEvenIfAHandlerReopensTheClosedWindow) {
   openWindow("B");
   const auto window = openKeyWindow("A");
   recorder.onNext("B becomes key", [&] { window->orderFront(); });

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Configures the project as on a system without AppKit.
+"""Configures the project without AppKit. Checks the output of CMake and the list of tests.
 
 usage: without_appkit_test.py SOURCE CMAKE CTEST
 """
@@ -22,21 +22,21 @@ class WithoutAppKit(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        # An empty value stands for a system without gnustep-config.
+        # With an empty value, CMake treats gnustep-config as missing.
         settings = ("-DVEL_GNUSTEP_CONFIG=", "-DVEL_EXAMPLES=ON")
         cls.output = run(CMAKE, "-S", SOURCE, "-B", Path(folder.name), *settings)
-        cls.tests = run(CTEST, "--test-dir", Path(folder.name), "--show-only")
+        cls.test_list = run(CTEST, "--test-dir", Path(folder.name), "--show-only")
 
-    def test_the_output_says_that_the_back_end_is_left_out_and_why(self):
+    def test_the_output_names_the_missing_program(self):
         self.assertIn(
             "The AppKit back end is left out. Missing: gnustep-config, of the package libgnustep-gui-dev",
             self.output,
         )
 
-    def test_the_tests_of_appkit_are_left_out(self):
-        self.assertIn("FoundationTests", self.tests)
-        self.assertNotIn("Cocoa", self.tests)
-        self.assertNotIn("ObjectiveC", self.tests)
+    def test_the_list_contains_no_tests_that_need_appkit(self):
+        self.assertIn("FoundationTests", self.test_list)
+        self.assertNotIn("Cocoa", self.test_list)
+        self.assertNotIn("ObjectiveC", self.test_list)
 
 
 if __name__ == "__main__":

@@ -31,16 +31,16 @@ constexpr CGSize kSize{500, 320};
 constexpr CGSize kLargeSize{600, 400};
 
 /// Which window the launch screen covers.
-enum class Covered : std::uint8_t { LibrarysWindow, HostsWindow };
+enum class CoveredWindow : std::uint8_t { LibrarysWindow, HostsWindow };
 
-/// A window system with a host program and a user. "The window" is the one that the launch screen
-/// covers.
+/// A window system with a host program and a user. In the comments below, "the window" is the
+/// window that the launch screen covers.
 class TestedSystem : NonCopyable {
  public:
   virtual ~TestedSystem() = default;
 
   /// Sets the display in `options`, and the host's window if the launch screen covers it.
-  virtual void describe(VelCreateOptions& options) = 0;
+  virtual void setOptions(VelCreateOptions& options) = 0;
   /// Processes the events of the host. `screen` may be null.
   virtual void pumpHost(VelLaunchScreen* /*screen*/) {}
   /// True if the launch screen covers the window.
@@ -61,7 +61,7 @@ class TestedSystem : NonCopyable {
 /// window.
 class HeadlessSystem final : public TestedSystem {
  public:
-  void describe(VelCreateOptions& options) override { options.display = "headless"; }
+  void setOptions(VelCreateOptions& options) override { options.display = "headless"; }
   bool isWhite() override { return !state().scene.empty(); }
   void userLeaves() override { display().userDeactivatesApplication(); }
   void userReturns() override { display().userActivatesApplication(); }
@@ -85,8 +85,8 @@ class HeadlessSystem final : public TestedSystem {
 /// X11 with metacity.
 class X11System final : public TestedSystem {
  public:
-  explicit X11System(Covered covered) : display_(server_.display()) {
-    if (covered == Covered::HostsWindow) {
+  explicit X11System(CoveredWindow coveredWindow) : display_(server_.display()) {
+    if (coveredWindow == CoveredWindow::HostsWindow) {
       window_ = client_.openGameWindow(
           {200, 150, static_cast<int>(kSize.width), static_cast<int>(kSize.height)}, 0x208040);
       hostWindow_.x11_window = window_;
@@ -94,7 +94,7 @@ class X11System final : public TestedSystem {
     }
   }
 
-  void describe(VelCreateOptions& options) override {
+  void setOptions(VelCreateOptions& options) override {
     options.display = "x11";
     options.display_name = display_.c_str();
     options.host_window = window_ != 0 ? &hostWindow_ : nullptr;
@@ -107,12 +107,12 @@ class X11System final : public TestedSystem {
   }
   bool isWhite() override { return !isClosed() && client_.screenPicture(window_).isAll(kWhite); }
   void userLeaves() override {
-    other_ = client_.openGameWindow({1020, 100, 200, 150}, 0);
-    EXPECT_TRUE(eventually([this] { return client_.isViewable(other_); }));
-    client_.focus(other_);
+    otherWindow_ = client_.openGameWindow({1020, 100, 200, 150}, 0);
+    EXPECT_TRUE(eventually([this] { return client_.isViewable(otherWindow_); }));
+    client_.focus(otherWindow_);
   }
   void userReturns() override {
-    client_.destroy(other_);
+    client_.destroy(otherWindow_);
     client_.focus(window_);
   }
   void resize(CGSize size) override {
@@ -136,14 +136,14 @@ class X11System final : public TestedSystem {
   std::string display_;
   VelHostWindow hostWindow_ = VEL_HOST_WINDOW_INIT;
   xcb_window_t window_ = 0;
-  xcb_window_t other_ = 0;
+  xcb_window_t otherWindow_ = 0;
 };
 
 /// Wayland under sway.
 class WaylandSystem final : public TestedSystem {
  public:
-  explicit WaylandSystem(Covered covered) : display_(sway_.display()) {
-    if (covered == Covered::HostsWindow) {
+  explicit WaylandSystem(CoveredWindow coveredWindow) : display_(sway_.display()) {
+    if (coveredWindow == CoveredWindow::HostsWindow) {
       host_ = std::make_unique<SurfaceHost>(display_, kTitle, kSize, 0x208040);
       const WaylandSurface surface = host_->window();
       hostWindow_.wl_display = surface.display;
@@ -154,7 +154,7 @@ class WaylandSystem final : public TestedSystem {
     }
   }
 
-  void describe(VelCreateOptions& options) override {
+  void setOptions(VelCreateOptions& options) override {
     options.display = "wayland";
     options.display_name = display_.c_str();
     options.host_window = host_ != nullptr ? &hostWindow_ : nullptr;
@@ -171,10 +171,10 @@ class WaylandSystem final : public TestedSystem {
   }
   bool isWhite() override { return picture().colors() == colorsWithWhiteWindow(bounds()); }
   void userLeaves() override {
-    other_ = std::make_unique<SurfaceHost>(display_, "other", CGSize{100, 100}, 0x804020);
+    otherHost_ = std::make_unique<SurfaceHost>(display_, "other", CGSize{100, 100}, 0x804020);
   }
   void userReturns() override {
-    other_ = nullptr;
+    otherHost_ = nullptr;
     sway_.focusWindow(kTitle);
   }
   void resize(CGSize size) override {
@@ -194,7 +194,7 @@ class WaylandSystem final : public TestedSystem {
   [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
   // The rectangle around all windows.
   [[nodiscard]] PixelRect bounds() const { return picture().boundsOfPixelsExcept(kDesktopColor); }
-  // The pixel count of each colour if the screen shows only a white window in this area.
+  // The number of pixels of each colour on a screen with one white window in `area`.
   static std::map<std::uint32_t, int> colorsWithWhiteWindow(PixelRect area) {
     const int count = area.width * area.height;
     return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
@@ -203,19 +203,17 @@ class WaylandSystem final : public TestedSystem {
   Sway sway_;
   std::string display_;
   std::unique_ptr<SurfaceHost> host_;
-  std::unique_ptr<SurfaceHost> other_;
+  std::unique_ptr<SurfaceHost> otherHost_;
   VelHostWindow hostWindow_ = VEL_HOST_WINDOW_INIT;
   CGSize reportedSize_ = kSize;
 };
 
-/// The actions and the callbacks of one script.
+/// What a `Script` records.
 struct Recording {
-  /// Each action, followed by the callbacks that it causes and the pause reasons that the script
-  /// has waited for.
+  /// Each action, followed by the callbacks and the pause reasons after it.
   Lines lines;
-  /// The calls of `controls_kept`: "none" if `controls` is 0, otherwise "some". The library makes
-  /// these calls when a window manager replies, so their place among the other callbacks varies and
-  /// `lines` omits them.
+  /// The calls of `controls_kept`: "none" if `controls` is 0, otherwise "some". `lines` does not
+  /// contain them, because their place among the other callbacks varies.
   Lines controlsKeptCalls;
   /// The calls of `take_controls`, in the format of `controlsKeptCalls`.
   Lines takeControlsCalls;
@@ -224,7 +222,8 @@ struct Recording {
 /// A fixed sequence of actions of the host and the user. Records the callbacks.
 class Script : NonCopyable {
  public:
-  Script(TestedSystem& system, Covered covered) : system_(system), covered_(covered) {}
+  Script(TestedSystem& system, CoveredWindow coveredWindow)
+      : system_(system), coveredWindow_(coveredWindow) {}
   ~Script() { vel_destroy(&screen_); }
 
   void play();
@@ -234,7 +233,7 @@ class Script : NonCopyable {
   void create();
   void present(const char* mode, VelStatus expectedStatus = VEL_OK);
   void recordAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
-  // Waits until the countdown has this pause reason, and records the reason.
+  // Waits until the library returns this pause reason, and records the reason.
   void waitForPauseReason(VelPause expected);
   void resize();
   void waitUntil(std::string_view what, const std::function<bool()>& condition);
@@ -245,8 +244,7 @@ class Script : NonCopyable {
     return static_cast<Script*>(userData)->recording_;
   }
   static Lines& linesOf(void* userData) { return recordingOf(userData).lines; }
-  // Records "some" or "none" for a call. Omits a line that repeats the previous one, because a
-  // window manager may reply twice.
+  // Omits a line that repeats the previous line, because a window manager may reply twice.
   static void recordControls(Lines& lines, std::uint32_t controls) {
     const std::string line = controls != 0 ? "some" : "none";
     if (lines.empty() || lines.back() != line) {
@@ -255,7 +253,7 @@ class Script : NonCopyable {
   }
 
   TestedSystem& system_;
-  Covered covered_;
+  CoveredWindow coveredWindow_;
   VelCallbacks callbacks_ = VEL_CALLBACKS_INIT;
   VelLaunchScreen* screen_ = nullptr;
   Recording recording_;
@@ -295,7 +293,7 @@ void Script::create() {
   options.width = kSize.width;
   options.height = kSize.height;
   options.callbacks = &callbacks_;
-  system_.describe(options);
+  system_.setOptions(options);
   ASSERT_EQ(vel_create(&options, &screen_), VEL_OK) << vel_last_error();
 }
 
@@ -334,9 +332,8 @@ void Script::resize() {
 void Script::play() {
   create();
   waitUntil("open", [this] { return system_.hasSize(kSize); });
-  // A window of the library cannot be resized while it is covered, so the script resizes it now.
-  // A host can resize its own window while it is covered.
-  if (covered_ == Covered::LibrarysWindow) {
+  // A covered window of the library cannot be resized, so the script resizes it before covering it.
+  if (coveredWindow_ == CoveredWindow::LibrarysWindow) {
     resize();
   }
 
@@ -350,14 +347,13 @@ void Script::play() {
   recordAction("the user returns");
   system_.userReturns();
   waitForPauseReason(VEL_PAUSE_NONE);
-  if (covered_ == Covered::HostsWindow) {
+  if (coveredWindow_ == CoveredWindow::HostsWindow) {
     resize();
   }
   recordAction("the user closes the covered window");
   system_.userCloses();
-  // The window stays open: the library does not close its own window while it is covered, and a
-  // host of this test ignores the request. The launch screen stays until its time is used up. 1 is
-  // VEL_END_TIME_USED_UP.
+  // The window stays open: the library does not close its own covered window, and the host of this
+  // test ignores the request. 1 is VEL_END_TIME_USED_UP.
   waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
 
   recordAction("the host presents and dismisses a second launch screen");
@@ -368,7 +364,7 @@ void Script::play() {
   // 2 is VEL_END_DISMISSED.
   waitUntil("the second end", [this] { return hasLine("ended 2") && !system_.isWhite(); });
 
-  if (covered_ == Covered::LibrarysWindow) {
+  if (coveredWindow_ == CoveredWindow::LibrarysWindow) {
     recordAction("the user closes the window");
     system_.userCloses();
     waitUntil("closed", [this] { return system_.isClosed(); });
@@ -382,27 +378,27 @@ void Script::play() {
 }
 
 template <class System, class... Arguments>
-Recording record(Covered covered, Arguments... arguments) {
-  System system(arguments...);
-  Script script(system, covered);
+Recording record(CoveredWindow coveredWindow, Arguments... systemArguments) {
+  System system(systemArguments...);
+  Script script(system, coveredWindow);
   script.play();
   return script.recording();
 }
 
-class SameCallbacks : public testing::TestWithParam<Covered> {};
+class SameCallbacks : public testing::TestWithParam<CoveredWindow> {};
 
 TEST_P(SameCallbacks, OnX11WaylandAndTheHeadlessDisplay) {
-  const Covered covered = GetParam();
-  const Recording headless = record<HeadlessSystem>(covered);
-  const Recording x11 = record<X11System>(covered, covered);
-  const Recording wayland = record<WaylandSystem>(covered, covered);
+  const CoveredWindow coveredWindow = GetParam();
+  const Recording headless = record<HeadlessSystem>(coveredWindow);
+  const Recording x11 = record<X11System>(coveredWindow, coveredWindow);
+  const Recording wayland = record<WaylandSystem>(coveredWindow, coveredWindow);
   EXPECT_THAT(headless.lines, Contains("record_event launch_end").Times(1));
   EXPECT_EQ(x11.lines, headless.lines);
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
   // The library never calls controls_kept on the headless display, which has no window manager. On
-  // X11 and Wayland, it passes 0 after it has restored the controls.
+  // X11 and Wayland, the library calls controls_kept with 0 after it has restored the controls.
   EXPECT_THAT(headless.controlsKeptCalls, IsEmpty());
   EXPECT_THAT(x11.controlsKeptCalls, Contains("none"));
   EXPECT_THAT(wayland.controlsKeptCalls, Contains("none"));
@@ -410,7 +406,7 @@ TEST_P(SameCallbacks, OnX11WaylandAndTheHeadlessDisplay) {
   EXPECT_THAT(headless.takeControlsCalls, IsEmpty());
   EXPECT_THAT(x11.takeControlsCalls, IsEmpty());
   Lines expectedCalls;
-  if (covered == Covered::HostsWindow) {
+  if (coveredWindow == CoveredWindow::HostsWindow) {
     expectedCalls = wayland.controlsKeptCalls;
     expectedCalls.emplace_back("none");  // vel_destroy() calls take_controls, not controls_kept
   }
@@ -418,10 +414,10 @@ TEST_P(SameCallbacks, OnX11WaylandAndTheHeadlessDisplay) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Windows, SameCallbacks,
-                         testing::Values(Covered::LibrarysWindow, Covered::HostsWindow),
-                         [](const testing::TestParamInfo<Covered>& testInfo) {
-                           return testInfo.param == Covered::LibrarysWindow ? "OfTheLibrary"
-                                                                            : "OfTheHost";
+                         testing::Values(CoveredWindow::LibrarysWindow, CoveredWindow::HostsWindow),
+                         [](const testing::TestParamInfo<CoveredWindow>& testInfo) {
+                           return testInfo.param == CoveredWindow::LibrarysWindow ? "OfTheLibrary"
+                                                                                  : "OfTheHost";
                          });
 
 }  // namespace

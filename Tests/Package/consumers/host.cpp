@@ -1,4 +1,5 @@
-// A host in C++. It runs a launch screen in virtual time and prints the callbacks.
+// A C++ program that uses the installed library. It runs a launch screen in virtual time and prints
+// the callbacks.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 
 #include <cstdio>

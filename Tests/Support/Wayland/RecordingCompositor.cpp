@@ -22,12 +22,12 @@ namespace vel::test {
 
 namespace {
 
-// The number that wp_fractional_scale_v1 sends for a scale of 1.
+// wp_fractional_scale_v1 sends the scale multiplied by this number.
 constexpr double kScaleUnit = 120;
 
-[[noreturn]] void runServer(const std::filesystem::path& folder, int control) {
+[[noreturn]] void runServerProcess(const std::filesystem::path& folder, int controlSocket) {
   try {
-    runRecordingServer(folder, control);
+    runRecordingServer(folder, controlSocket);
   } catch (const std::exception& exception) {
     std::cerr << "RecordingCompositor: " << exception.what() << std::endl;
   }
@@ -35,7 +35,7 @@ constexpr double kScaleUnit = 120;
 }
 
 template <class... Values>
-std::string join(const Values&... values) {
+std::string makeCommand(const Values&... values) {
   std::ostringstream text;
   ((text << values << ' '), ...);
   return text.str();
@@ -61,7 +61,7 @@ RecordingCompositor::RecordingCompositor() {
   process_ = fork();
   if (process_ == 0) {
     close(sockets[0]);
-    runServer(folder_, sockets[1]);
+    runServerProcess(folder_, sockets[1]);
   }
   close(sockets[1]);
   for (const char* const interface : {"wl_compositor", "wl_subcompositor", "wl_shm"}) {
@@ -87,56 +87,58 @@ std::string RecordingCompositor::execute(const std::string& command) {
 }
 
 int RecordingCompositor::addGlobal(const std::string& interface) {
-  return std::stoi(execute(join("add", interface, 0)));
+  return std::stoi(execute(makeCommand("add", interface, 0)));  // 0: no output scale
 }
 
 int RecordingCompositor::addOutput(int scale) {
-  return std::stoi(execute(join("add", "wl_output", scale)));
+  return std::stoi(execute(makeCommand("add", "wl_output", scale)));
 }
 
-void RecordingCompositor::removeGlobal(int global) { execute(join("remove", global)); }
+void RecordingCompositor::removeGlobal(int global) { execute(makeCommand("remove", global)); }
 
 void RecordingCompositor::setOutputScale(int output, int scale) {
-  execute(join("output-scale", output, scale));
+  execute(makeCommand("output-scale", output, scale));
 }
 
 void RecordingCompositor::enterOutput(std::uint32_t surface, int output) {
-  execute(join("enter-output", output, surface));
+  execute(makeCommand("enter-output", output, surface));
 }
 
 void RecordingCompositor::leaveOutput(std::uint32_t surface, int output) {
-  execute(join("leave-output", output, surface));
+  execute(makeCommand("leave-output", output, surface));
 }
 
 void RecordingCompositor::setScale(std::uint32_t surface, double scale) {
-  execute(join("scale", surface, std::lround(scale * kScaleUnit)));
+  execute(makeCommand("scale", surface, std::lround(scale * kScaleUnit)));
 }
 
 void RecordingCompositor::enterKeyboard(int seat, std::uint32_t surface) {
-  execute(join("enter-keyboard", seat, surface));
+  execute(makeCommand("enter-keyboard", seat, surface));
 }
 
 void RecordingCompositor::leaveKeyboard(int seat, std::uint32_t surface) {
-  execute(join("leave-keyboard", seat, surface));
+  execute(makeCommand("leave-keyboard", seat, surface));
 }
 
 void RecordingCompositor::pressButton(int seat, std::uint32_t surface) {
-  execute(join("press", seat, surface));
+  execute(makeCommand("press", seat, surface));
 }
 
 void RecordingCompositor::configure(std::uint32_t surface, CGSize size) {
-  execute(join("configure", surface, size.width, size.height));
+  execute(makeCommand("configure", surface, size.width, size.height));
 }
 
 void RecordingCompositor::configureMaximised(std::uint32_t surface, CGSize size) {
-  execute(join("configure-maximised", surface, size.width, size.height));
+  execute(makeCommand("configure-maximised", surface, size.width, size.height));
 }
 
 void RecordingCompositor::configureFullscreen(std::uint32_t surface, CGSize size) {
-  execute(join("configure-fullscreen", surface, size.width, size.height));
+  execute(makeCommand("configure-fullscreen", surface, size.width, size.height));
 }
 
-void RecordingCompositor::requestClose(std::uint32_t surface) { execute(join("close", surface)); }
+void RecordingCompositor::requestClose(std::uint32_t surface) {
+  execute(makeCommand("close", surface));
+}
 
 void RecordingCompositor::refusePools() { execute("refuse-pools"); }
 
@@ -155,17 +157,18 @@ std::vector<SurfaceRecord> RecordingCompositor::surfaces() {
 
 SurfaceRecord RecordingCompositor::surface(std::uint32_t id) {
   const std::vector<SurfaceRecord> all = surfaces();
-  const auto position = std::ranges::find(all, id, &SurfaceRecord::id);
-  if (position == all.end()) {
+  const auto record = std::ranges::find(all, id, &SurfaceRecord::id);
+  if (record == all.end()) {
     throw std::runtime_error("no surface " + std::to_string(id));
   }
-  return *position;
+  return *record;
 }
 
 std::vector<SurfaceRecord> RecordingCompositor::children(std::uint32_t parent) {
-  std::vector<SurfaceRecord> found = surfaces();
-  std::erase_if(found, [parent](const SurfaceRecord& surface) { return surface.parent != parent; });
-  return found;
+  std::vector<SurfaceRecord> children = surfaces();
+  std::erase_if(children,
+                [parent](const SurfaceRecord& surface) { return surface.parent != parent; });
+  return children;
 }
 
 std::map<std::string, int> RecordingCompositor::objects() {

@@ -13,11 +13,11 @@
 
 namespace vel::test {
 
-/// Acts as a host of the library: a client with a Wayland window in one colour. It draws in the
-/// constructor, in `draw`, `drawFrame` and `resize`, and when the compositor changes the size.
+/// Acts as a host of the library: a client with a Wayland window in one colour.
 class SurfaceHost : NonCopyable {
  public:
-  /// Connects to the compositor, and waits until the compositor has a picture of the window.
+  /// Connects to the compositor, opens the window, draws, and waits until the compositor has
+  /// handled the requests.
   SurfaceHost(const std::string& display, const std::string& title, CGSize size,
               std::uint32_t color);
   ~SurfaceHost();
@@ -26,25 +26,24 @@ class SurfaceHost : NonCopyable {
   [[nodiscard]] wl_compositor* compositor() const { return compositor_; }
   /// Describes the window and its xdg_toplevel for `adoptWindow`.
   [[nodiscard]] WaylandSurface window() const;
-  /// Reads and dispatches the events of the host, without blocking.
+  /// Reads and dispatches the events of the host, without blocking. Draws if the compositor has
+  /// changed the size.
   void pump();
-  /// Commits the surface with a picture of the current size. A call on another thread is allowed if
-  /// the size does not change during the call.
+  /// Commits the surface with a buffer of the current size. Another thread may call this function
+  /// if the size does not change during the call.
   void draw();
-  /// Requests a frame callback and draws. `frameCount` counts the callbacks that the host has
-  /// received.
+  /// Requests a frame callback and draws.
   void drawFrame();
   /// Changes the size and draws.
   void resize(CGSize size);
   void setFullscreen(bool isFullscreen);
-  /// Destroys the window.
   void destroyWindow();
 
   [[nodiscard]] CGSize size() const { return size_; }
   [[nodiscard]] bool isAskedToClose() const { return isAskedToClose_; }
-  /// How many times a pointer button was pressed in the surface of the host.
+  /// The number of presses of pointer buttons in the surface of the host.
   [[nodiscard]] int presses() const { return presses_; }
-  /// How many times a pointer button was pressed in other surfaces of the connection.
+  /// The number of presses of pointer buttons in other surfaces of the connection.
   [[nodiscard]] int pressesElsewhere() const { return pressesElsewhere_; }
   /// True if the seat has a touch screen.
   [[nodiscard]] bool hasTouch() const { return touch_ != nullptr; }
@@ -52,16 +51,17 @@ class SurfaceHost : NonCopyable {
   [[nodiscard]] int touches() const { return touches_; }
   /// The number of touches in other surfaces of the connection.
   [[nodiscard]] int touchesElsewhere() const { return touchesElsewhere_; }
+  /// The number of frame callbacks that the host has received.
   [[nodiscard]] int frameCount() const { return frameCount_; }
-  /// True if the pointer has entered a surface that has user data and that the host did not
-  /// create. A toolkit would mistake this data for its own data.
+  /// True if the pointer has entered another owner's surface that has user data. A toolkit would
+  /// mistake this data for its own data.
   [[nodiscard]] bool hasEnteredForeignSurfaceWithData() const {
     return hasEnteredForeignSurfaceWithData_;
   }
-  /// The number of `wl_surface.enter` events of the host's surface. The host binds no output, so
-  /// each of these events names an output that the host does not know.
+  /// The number of `wl_surface.enter` events of the host's surface. The host itself binds no
+  /// output.
   [[nodiscard]] int outputEntries() const { return outputEntries_; }
-  /// The number of events that the host has received and not ignored.
+  /// The number of events that the host has handled. Ignored events do not count.
   [[nodiscard]] int eventCount() const { return eventCount_; }
 
  private:
@@ -83,7 +83,7 @@ class SurfaceHost : NonCopyable {
   xdg_surface* role_ = nullptr;  // the xdg_surface of `surface_`
   xdg_toplevel* toplevel_ = nullptr;
   CGSize size_;
-  CGSize ownSize_;      // used when the compositor sends a size of zero
+  CGSize ownSize_;      // the size if the compositor sends a size of zero
   CGSize pendingSize_;  // the size in the latest configure event
   std::uint32_t color_;
   bool isConfigured_ = false;

@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// The compositor weston. weston has no commands for windows, so it loads the module
-/// weston-control.c, which adds such commands.
+/// The compositor weston. It loads the module weston-control.c, which executes the commands of the
+/// tests.
 class Weston : public Compositor {
  public:
   struct Options {
@@ -23,16 +23,16 @@ class Weston : public Compositor {
   void moveWindow(const std::string& title, int x, int y) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
-  /// Pictures of the screen contain the pointer. This function moves the pointer to the lower right
-  /// corner of the screen, where only one pixel of the pointer is visible.
+  /// Moves the pointer to the lower right corner of the screen, where only one pixel of the pointer
+  /// is visible. Pictures of the screen contain the pointer.
   void hidePointer();
   void addTouchScreen() const { run("add-touch-screen"); }
   /// Touches the touch screen at a point and lifts the finger.
   void touch(int x, int y) const;
 
  private:
-  /// Repeats a command of the module until the command succeeds. Throws after `kTimeout`. A command
-  /// about a window fails until the window exists.
+  /// Sends a command to the module until the command succeeds: a command for a window fails until
+  /// the window exists. Throws after `kTimeout`.
   void run(const std::string& command) const;
 };
 

@@ -1,4 +1,4 @@
-// The minimum and maximum size of an adopted window while its resizing is disabled.
+// The minimum and maximum size of an adopted window while the user cannot resize it.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -18,8 +18,8 @@ constexpr CGSize kLargeSize{400, 260};
 constexpr int kBorder = 20;
 constexpr int kDragDistance = 60;
 
-/// The back end adopts the window of `host`. The compositor draws a border around the window, and
-/// the user drags the border to resize the window.
+/// The back end adopts the window of `host`. The compositor draws a border around the window. The
+/// user can drag the border to resize the window.
 class WaylandSizeLimits : public testing::Test {
  protected:
   WaylandSizeLimits() {
@@ -38,7 +38,7 @@ class WaylandSizeLimits : public testing::Test {
       return condition();
     });
   }
-  /// The area of the host's window on the screen, without the border. The window is green.
+  /// The area of the green pixels on the screen: the host's window without its border.
   [[nodiscard]] PixelRect hostArea() const {
     Picture picture = sway.picture();
     for (std::uint32_t& pixel : picture.pixels) {
@@ -46,23 +46,23 @@ class WaylandSizeLimits : public testing::Test {
     }
     return picture.boundsOfPixelsExcept(0);
   }
-  bool hasSizeOnScreen(CGSize size) {
+  bool waitForSizeOnScreen(CGSize size) {
     return waitFor([&] {
       const PixelRect area = hostArea();
       return area.width == static_cast<int>(size.width) &&
              area.height == static_cast<int>(size.height);
     });
   }
-  /// Drags the lower right corner of the border away from the window. Then clicks into the window
-  /// and waits for the click, because the compositor handles the drag before the click.
+  /// Drags the lower right corner of the border away from the window. Then clicks the window and
+  /// waits until the host receives the click. The compositor has then handled the drag.
   void dragCorner() {
     const PixelRect area = hostArea();
     const int x = area.x + area.width + kBorder / 2;
     const int y = area.y + area.height + kBorder / 2;
     sway.drag(x, y, x + kDragDistance, y + kDragDistance);
-    const int presses = host.presses();
+    const int pressesBefore = host.presses();
     sway.click(area.x + area.width / 2, area.y + area.height / 2);
-    ASSERT_TRUE(waitFor([&] { return host.presses() > presses; }));
+    ASSERT_TRUE(waitFor([&] { return host.presses() > pressesBefore; }));
     wl_display_roundtrip(host.display());
   }
 
@@ -72,8 +72,8 @@ class WaylandSizeLimits : public testing::Test {
   AdoptedWindow window;
 };
 
-TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
-  ASSERT_TRUE(hasSizeOnScreen(kSize));
+TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowWhileResizingIsDisabled) {
+  ASSERT_TRUE(waitForSizeOnScreen(kSize));
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);  // disables resizing
   dragCorner();
   EXPECT_EQ(host.size(), kSize);
@@ -83,12 +83,12 @@ TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
 }
 
 TEST_F(WaylandSizeLimits, SetFrameSetsTheLimitsToTheNewSize) {
-  ASSERT_TRUE(hasSizeOnScreen(kSize));
+  ASSERT_TRUE(waitForSizeOnScreen(kSize));
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);  // disables resizing
   // The size that sway sets includes the border.
   sway.resizeWindow("game", static_cast<int>(kLargeSize.width) + 2 * kBorder,
                     static_cast<int>(kLargeSize.height) + 2 * kBorder);
-  ASSERT_TRUE(hasSizeOnScreen(kLargeSize));
+  ASSERT_TRUE(waitForSizeOnScreen(kLargeSize));
   system->setFrame(window.handle, {{}, kLargeSize});
   host.draw();  // commits the surface, which applies the new limits
   dragCorner();

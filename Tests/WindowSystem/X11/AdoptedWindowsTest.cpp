@@ -31,7 +31,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
   EXPECT_EQ(adoptedWindow.className, "PlayerWindow");
   EXPECT_EQ(adoptedWindow.title, "A game");
   EXPECT_EQ(adoptedWindow.frame, CGRectMake(200, 410, 640, 400));
-  EXPECT_EQ(adoptedWindow.styleMask, 15U);
+  EXPECT_EQ(adoptedWindow.styleMask, 15U);  // title, close, miniaturise and resize
   EXPECT_TRUE(adoptedWindow.isOnScreen);
   EXPECT_FALSE(adoptedWindow.hasFocus);
 }
@@ -83,13 +83,13 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
-  // The back end reads the time of the X server with a window, the server time window. Its id is
-  // one of the 19 ids before `ownWindow`.
+  // The back end owns the server time window, with which it reads the time of the X server. The id
+  // of the server time window is one of the 19 ids before `ownWindow`.
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
-  // When the focus moves, the back end reads the server's time. Reading it would block forever if
-  // `adoptWindow` had changed the event mask of the server time window.
+  // When the focus changes, the back end reads the server's time. The back end would wait forever
+  // if `adoptWindow` had changed the event mask of the server time window.
   system().requestFocus(ownWindow);
   deliver();
 }
@@ -118,7 +118,7 @@ TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-/// A game that the back end has adopted.
+/// A game whose window the back end has adopted.
 class X11AdoptedGame : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   X11AdoptedGame() : X11Test(GetParam()) {}
@@ -127,42 +127,43 @@ class X11AdoptedGame : public X11Test, public testing::WithParamInterface<Manage
     game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor(
         [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
-    adopted = adopt(game);
+    adoptedWindow = adopt(game);
   }
 
   xcb_window_t game = 0;
-  AdoptedWindow adopted;
+  AdoptedWindow adoptedWindow;
 };
 
 TEST_P(X11AdoptedGame, UnmappingIsReportedAsMiniaturizingAndMappingAsDeminiaturizing) {
   client.unmap(game);
   EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("miniaturized", adopted.handle)); }));
+      waitFor([&] { return reports.contains(reportLine("miniaturized", adoptedWindow.handle)); }));
   client.map(game);
-  EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("deminiaturized", adopted.handle)); }));
+  EXPECT_TRUE(waitFor(
+      [&] { return reports.contains(reportLine("deminiaturized", adoptedWindow.handle)); }));
 }
 
 TEST_P(X11AdoptedGame, ADestroyedWindowIsReported) {
-  system().setScene(adopted.handle, whiteSceneWithSpinner(adopted.frame.size));
+  system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(adoptedWindow.frame.size));
   client.destroy(game);
   // The back end does not know yet that the window is destroyed. These requests must log no errors.
-  system().setScene(adopted.handle, {});
-  system().setStyleMask(adopted.handle, 1);
-  system().requestFocus(adopted.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", adopted.handle)); }));
-  system().setScene(adopted.handle, whiteScene(adopted.frame.size));
+  system().setScene(adoptedWindow.handle, {});
+  system().setStyleMask(adoptedWindow.handle, 1);
+  system().requestFocus(adoptedWindow.handle);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("destroyed", adoptedWindow.handle)); }));
+  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_P(X11AdoptedGame, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
-  system().setScene(adopted.handle, whiteScene(adopted.frame.size));
-  system().setStyleMask(adopted.handle, NSWindowStyleMaskTitled);
+  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
+  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS").has_value(); }));
   EXPECT_TRUE(showsOnly(kWhite, game));
-  system().orderOut(adopted.handle);
-  system().releaseWindow(adopted.handle);
+  system().orderOut(adoptedWindow.handle);  // does not unmap an adopted window
+  system().releaseWindow(adoptedWindow.handle);
   deliver();
   EXPECT_TRUE(client.isViewable(game));
   EXPECT_TRUE(showsOnly(kGreen, game));
@@ -175,10 +176,10 @@ INSTANTIATE_TEST_SUITE_P(X11, X11AdoptedGame, testing::ValuesIn(withXwayland({Ma
 /// Weston reverts a focus change that a program requested.
 bool grantsFocusRequests(Manager manager) { return manager != Manager::XwaylandWeston; }
 
-/// A game that a window manager manages and that the back end has adopted.
+/// A game under a window manager. The back end has adopted the game's window.
 class X11ManagedGame : public X11AdoptedGame {};
 
-TEST_P(X11ManagedGame, AFrameThatTheWindowManagerAddsIsRefused) {
+TEST_P(X11ManagedGame, TheFrameOfTheWindowManagerIsRefused) {
   if (!featuresOf(GetParam()).addsFrames) {
     GTEST_SKIP() << "the compositor adds no frames to windows of X clients";
   }
@@ -211,10 +212,10 @@ TEST_P(X11ManagedGame, MiniaturizingAndDeminiaturizingAreReported) {
   }
   client.requestIconify(game);
   EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("miniaturized", adopted.handle)); }));
-  system().requestMiniaturized(adopted.handle, false);
-  EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("deminiaturized", adopted.handle)); }));
+      waitFor([&] { return reports.contains(reportLine("miniaturized", adoptedWindow.handle)); }));
+  system().requestMiniaturized(adoptedWindow.handle, false);
+  EXPECT_TRUE(waitFor(
+      [&] { return reports.contains(reportLine("deminiaturized", adoptedWindow.handle)); }));
   EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
 }
 
@@ -226,8 +227,8 @@ TEST_P(X11ManagedGame, AnAdoptedWindowGetsTheFocusOnRequest) {
   ASSERT_TRUE(waitFor(
       [&] { return client.isViewable(otherWindow) && client.focusedWindow() == otherWindow; }));
   reports.lines.clear();
-  system().requestFocus(adopted.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", adopted.handle)); }));
+  system().requestFocus(adoptedWindow.handle);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", adoptedWindow.handle)); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(X11, X11ManagedGame, testing::ValuesIn(withXwayland({Manager::Metacity})),

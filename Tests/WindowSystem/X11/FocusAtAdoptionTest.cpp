@@ -1,4 +1,4 @@
-// A game that has the focus when the back end adopts its window.
+// Focus requests for a window that had the focus when the back end adopted it.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -11,16 +11,16 @@ constexpr PixelRect kOtherFrame{900, 150, 200, 200};
 
 class X11FocusAtAdoption : public X11TestWithManager {
  protected:
-  xcb_window_t openFocusedGame(PixelRect frame) {
+  xcb_window_t openFocusedWindow(PixelRect frame) {
     const xcb_window_t window = client.openGameWindow(frame, 0);
     EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == window; }));
     return window;
   }
-  /// Clicks the window after the server's time has advanced, so that the click is later than all
-  /// previous input.
+  /// Waits until the server's time advances, and then clicks the window. The click is then later
+  /// than all previous input.
   void clickAfterPreviousInput(xcb_window_t window) {
-    const xcb_timestamp_t previousTime = client.serverTime(window);
-    ASSERT_TRUE(waitFor([&] { return client.serverTime(window) > previousTime; }));
+    const xcb_timestamp_t timeBefore = client.serverTime(window);
+    ASSERT_TRUE(waitFor([&] { return client.serverTime(window) > timeBefore; }));
     const PixelRect frame = client.areaOnScreen(window);
     client.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
     client.updateUserTime(window);
@@ -29,16 +29,16 @@ class X11FocusAtAdoption : public X11TestWithManager {
 };
 
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromAWindowThatTheUserClicked) {
-  const xcb_window_t windowToIconify = openFocusedGame({10, 600, 100, 100});
-  const xcb_window_t otherWindow = openFocusedGame(kOtherFrame);
-  const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGameFrame));
+  const xcb_window_t windowToIconify = openFocusedWindow({10, 600, 100, 100});
+  const xcb_window_t otherWindow = openFocusedWindow(kOtherFrame);
+  const AdoptedWindow adoptedWindow = adopt(openFocusedWindow(kGameFrame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
   clickAfterPreviousInput(otherWindow);
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));
   system().requestFocus(adoptedWindow.handle);
   deliver();
-  // The window manager executes requests in order. When it has iconified a window, it has also
-  // processed the earlier focus request.
+  // The window manager executes requests in order. When it has iconified `windowToIconify`, it has
+  // also executed the focus request.
   client.requestIconify(windowToIconify);
   ASSERT_TRUE(waitFor([&] { return !client.isViewable(windowToIconify); }));
   EXPECT_EQ(client.focusedWindow(), otherWindow);

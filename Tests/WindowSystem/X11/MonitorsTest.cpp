@@ -10,16 +10,16 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// Two monitors side by side, with different heights and aligned upper edges. Neither is the
-/// primary monitor, so the origin of the screen coordinates is in the first monitor, the left one.
+/// Two monitors of different heights, side by side, with aligned upper edges. The left monitor is
+/// the first one. Neither is the primary monitor.
 class X11Monitors : public X11Test {
  protected:
   X11Monitors() {
     addMonitor("left", "640/169x800/212+0+0", "screen");
     addMonitor("right", "640/169x960/254+640+0", "none");
   }
-  /// `geometry` is the width and the height, each in pixels and millimetres, and the position.
-  /// `output` is the RandR output of the monitor, or "none".
+  /// `geometry` has the format of `xrandr --setmonitor`: sizes in pixels/millimetres, then the
+  /// position. `output` is the RandR output of the monitor, or "none".
   void addMonitor(const std::string& name, const std::string& geometry, const std::string& output) {
     const auto listMonitors = [this] {
       return runProgram({"xrandr", "--listmonitors"}, server.display());
@@ -36,7 +36,7 @@ TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfTheFirstMonitorIfNoneIsPrimar
   EXPECT_EQ(rightWindow.frame, CGRectMake(700, 540, 200, 160));
 }
 
-TEST_F(X11Monitors, AWindowOpensOnTheMonitorOfItsFrame) {
+TEST_F(X11Monitors, AWindowOpensOnTheMonitorThatContainsItsFrame) {
   const WindowHandle rightWindow =
       openOwnWindow({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
   EXPECT_EQ(client.areaOnScreen(idOf(rightWindow)), (PixelRect{700, 100, 200, 160}));
@@ -55,7 +55,7 @@ TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Monitors, FramesAreReportedAgainWhenAMonitorBecomesPrimary) {
+TEST_F(X11Monitors, AFrameIsReportedAgainWhenAnotherMonitorBecomesPrimary) {
   const AdoptedWindow adoptedWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
   // The asterisk makes the new monitor the primary monitor.

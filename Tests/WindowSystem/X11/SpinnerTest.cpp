@@ -1,5 +1,4 @@
-// The spinner, a ring of twelve spokes in the middle of a cover, and the scale at which the back
-// end draws it.
+// The spinner is a ring of twelve spokes in the middle of a cover.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -20,6 +19,7 @@ constexpr Nanoseconds kStepDuration = kTurnDuration / kSpokes;
 
 /// The colours of the twelve spokes, clockwise from the top.
 std::array<std::uint32_t, kSpokes> shadesIn(const Picture& picture) {
+  // Reads each spoke at a distance of 11.5 pixels from the centre of the spinner, (320, 200).
   std::array<std::uint32_t, kSpokes> shades{};
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
     const double angle = spoke * M_PI / 6;
@@ -30,17 +30,16 @@ std::array<std::uint32_t, kSpokes> shadesIn(const Picture& picture) {
   return shades;
 }
 
-/// The darkest spoke on the screen. The back end has chosen this spoke for a time between
-/// `earliest` and `latest`.
+/// The darkest spoke of the spinner at an unknown time between `earliest` and `latest`.
 struct Observation {
   Nanoseconds earliest = 0;
   Nanoseconds latest = 0;
   int darkestSpoke = 0;
 };
 
-/// Returns true if the spinner may have turned clockwise by one spoke per `kStepDuration` between
-/// the observations. Allows more than one result if the time between the observations is uncertain.
-bool isOneSpokePerStep(const Observation& first, const Observation& second) {
+/// Returns true if the observations fit a spinner that turns clockwise by one spoke per
+/// `kStepDuration`. The exact times are unknown, so more than one number of steps can fit.
+bool fitsOneSpokePerStep(const Observation& first, const Observation& second) {
   const Nanoseconds minSteps = (second.earliest - first.latest) / kStepDuration;
   const Nanoseconds maxSteps = (second.latest - first.earliest + kStepDuration - 1) / kStepDuration;
   for (Nanoseconds steps = minSteps; steps <= maxSteps; ++steps) {
@@ -80,7 +79,6 @@ class X11Spinner : public X11Test {
     observation.darkestSpoke = static_cast<int>(std::ranges::min_element(shades) - shades.begin());
     return observation;
   }
-  /// Counts how often the picture changes in this number of seconds.
   int countChangesIn(double seconds) {
     const Nanoseconds limit = x11::steadyNow() + nanosecondsFromSeconds(seconds);
     Picture previousPicture = client.screenPicture(game);
@@ -116,7 +114,7 @@ TEST_F(X11Spinner, IsACentredRingThirtyTwoPointsWide) {
 
 // When a window loses its decorations, some window managers shrink the window's parent (the frame)
 // to the size of the window.
-TEST_F(X11Spinner, StaysCentredWhenTheParentShrinksToTheSizeOfTheWindow) {
+TEST_F(X11Spinner, StaysCentredWhenTheParentOfTheWindowShrinks) {
   const xcb_window_t parent = client.openGameWindow({100, 100, 700, 500}, 0);
   game = client.makeWindow({10, 20, 640, 400}, 0x208040, parent);
   client.map(game);
@@ -150,7 +148,7 @@ TEST_F(X11Spinner, IsScaledWithXftDpi) {
 TEST_F(X11Spinner, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
   showAnimated();
   EXPECT_LE(system().nextDeadline(), x11::steadyNow() + kStepDuration);
-  // The first observation is just after a step, so a step that is too long is noticed early.
+  // The measurement begins just after a step, so it detects a long step early.
   const int spokeAtStart = observe().darkestSpoke;
   Observation first;
   ASSERT_TRUE(waitFor([&] {
@@ -160,9 +158,9 @@ TEST_F(X11Spinner, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
   Observation latest = first;
   EXPECT_TRUE(waitFor([&] {
     latest = observe();
-    return !isOneSpokePerStep(first, latest) || latest.earliest - first.latest > kTurnDuration;
+    return !fitsOneSpokePerStep(first, latest) || latest.earliest - first.latest > kTurnDuration;
   }));
-  EXPECT_TRUE(isOneSpokePerStep(first, latest))
+  EXPECT_TRUE(fitsOneSpokePerStep(first, latest))
       << "from spoke " << first.darkestSpoke << " to spoke " << latest.darkestSpoke << " in "
       << latest.earliest - first.latest << " to " << latest.latest - first.earliest << " ns";
 }
@@ -205,7 +203,7 @@ TEST(X11Scale, IsXftDpiDividedByNinetySix) {
   EXPECT_EQ(x11::scaleFromResources("Xft.dpi:96"), 1);
 }
 
-TEST(X11Scale, IsOneForInvalidResources) {
+TEST(X11Scale, IsOneWithoutAValidXftDpi) {
   for (const char* const text :
        {"", "Xft.dpi:", "Xft.dpi:\t", "Xft.dpi: nan", "Xft.dpi: -96", "Xft.dpi: 0",
         "Xft.dpi: 1e300", "Xft.dpi: many", "xXft.dpi: 192", "Xft.dpi.x: 192"}) {

@@ -1,5 +1,5 @@
-// While the launch screen covers a game's window: the controls that the user can still use, and the
-// changes that the game makes to its window. The tests run under real window managers.
+// The launch screen covers a game's window under a real window manager. The tests check which
+// controls the user can still use, and that the game can change its window.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -17,9 +17,9 @@ constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 // The bits of a style mask are title 1, close 2, miniaturise 4 and resize 8.
 constexpr NSWindowStyleMask kAllControls = 15;
-// The time limit, in seconds, for the reaction of a window manager to the user's input.
+// How many seconds the tests wait for a window manager to react to the user's input.
 constexpr double kReactionTime = 0.6;
-// How many seconds the tests give a window manager to update a window and its frame.
+// How many seconds a window manager needs to update a window and its frame.
 constexpr double kSettlingTime = 0.2;
 
 /// The distance of a title bar's button from the top right corner of the window's content.
@@ -30,15 +30,15 @@ struct ButtonOffset {
 
 struct ManagerCase {
   Manager manager;
-  /// The buttons that miniaturise, maximise and close.
+  /// The miniaturise, maximise and close buttons, in this order.
   std::array<ButtonOffset, 3> buttons = {};
   /// The controls that the user can still use while the window is covered.
   std::vector<std::string> controlsWhileCovered = {};
-  /// The removed controls that the window manager still offers according to the back end's report.
-  /// The report can differ from `controlsWhileCovered`.
+  /// The controls of the covered window that the back end reports as remaining. They can differ
+  /// from `controlsWhileCovered`.
   NSWindowStyleMask remainingControls = 0;
-  /// The height that the window loses when it leaves the fullscreen state: fluxbox adds a resize
-  /// handle to the frame, but does not enlarge the frame.
+  /// The height that the window loses when it leaves the fullscreen state. fluxbox then adds a
+  /// resize handle without enlarging the frame.
   int lostHeight = 0;
 
   friend void PrintTo(const ManagerCase& managerCase, std::ostream* out) {
@@ -59,18 +59,18 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
   void cover() {
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
-    // If the window manager publishes the actions that it allows, the back end reports which
-    // removed controls the manager still offers.
+    // If the window manager does not publish the allowed actions, the back end may send no report.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 ||
              !featuresOf(GetParam().manager).publishesAllowedActions;
     }));
     deliverFor(kSettlingTime);  // the manager updates the buttons
   }
-  void uncover(const std::optional<Property>& expectedHints = std::nullopt) {
+  void uncover(const std::optional<Property>& expectedMotifHints = std::nullopt) {
     system().setScene(handle, {});
     system().setStyleMask(handle, kAllControls);
-    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == expectedHints; }));
+    EXPECT_TRUE(
+        waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == expectedMotifHints; }));
     deliverFor(kSettlingTime);
   }
   /// Returns false if the condition does not become true within the reaction time.
@@ -96,17 +96,17 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
   }
   [[nodiscard]] bool isIconic() const {
     const auto state = client.numbers(game, "WM_STATE");
-    return !state.empty() && state.front() == 3;
+    return !state.empty() && state.front() == 3;  // IconicState
   }
   bool becomesWhite() {
     return waitFor([&] { return client.screenPicture(game).isAll(kWhite); });
   }
 
-  /// The names of the controls that the user can use with the mouse.
-  std::vector<std::string> workingControls() {
+  /// Tries each control with the mouse, and returns the names of the controls that work.
+  std::vector<std::string> findWorkingControls() {
     std::vector<std::string> controls;
-    // The drag comes before the clicks: if a click maximises the covered window, the back end lets
-    // the user resize the window until the cover is removed.
+    // The drag must come before the clicks. If a click maximises the covered window, the back end
+    // allows resizing until the cover is removed.
     if (isResizedByDrag()) {
       controls.emplace_back("resize");
     }
@@ -147,8 +147,7 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
       client.configure(game, frame);  // fluxbox does not restore the height
       EXPECT_TRUE(waitFor([&] { return hasSize(frame.width, frame.height); }));
     }
-    // If xfwm4 removes buttons, the click can hit the button that shades (rolls up) the window.
-    // This request unshades the window.
+    // If xfwm4 has removed a button, the click can hit the shade button, which rolls up the window.
     client.requestRemoveStates(game, "_NET_WM_STATE_SHADED");
     deliverFor(kSettlingTime);
     return effect;
@@ -190,29 +189,29 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
 };
 
 TEST_P(X11ControlsUnderManagers, AreRemovedAndRestored) {
-  const auto hintsBefore = client.property(game, "WM_NORMAL_HINTS");
-  const std::vector<std::string> controlsBefore = workingControls();
+  const auto sizeHintsBefore = client.property(game, "WM_NORMAL_HINTS");
+  const std::vector<std::string> controlsBefore = findWorkingControls();
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
   cover();
   EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " " +
                                std::to_string(GetParam().remainingControls)));
-  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
+  EXPECT_THAT(findWorkingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
   uncover();
-  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), hintsBefore);
-  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), sizeHintsBefore);
+  EXPECT_THAT(findWorkingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 
-// SDL 2 writes hints that contain decorations but no functions.
+// SDL 2 writes a _MOTIF_WM_HINTS property with decorations but without functions.
 TEST_P(X11ControlsUnderManagers, OfAGameThatSetsOnlyDecorationsAreRestored) {
   constexpr std::array<std::uint32_t, 5> kAllDecorations{2, 0, 1, 0, 0};
-  const Property hints = Property::ofNumbers(client.atom("_MOTIF_WM_HINTS"), kAllDecorations);
-  client.setProperty(game, "_MOTIF_WM_HINTS", hints);
+  const Property motifHints = Property::ofNumbers(client.atom("_MOTIF_WM_HINTS"), kAllDecorations);
+  client.setProperty(game, "_MOTIF_WM_HINTS", motifHints);
   deliverFor(kSettlingTime);
-  const std::vector<std::string> controlsBefore = workingControls();
+  const std::vector<std::string> controlsBefore = findWorkingControls();
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
   cover();
-  uncover(hints);
-  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
+  uncover(motifHints);
+  EXPECT_THAT(findWorkingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 
 class X11GamesUnderManagers : public X11ControlsUnderManagers {};
@@ -252,17 +251,16 @@ TEST_P(X11GamesUnderManagers, MaximiseTheirCoveredWindow) {
 
 TEST_P(X11GamesUnderManagers, EnterAndLeaveFullscreenWhileCovered) {
   cover();
-  PixelRect restoredArea = client.areaOnScreen(game);
-  restoredArea.height -= GetParam().lostHeight;
+  PixelRect areaAfterFullscreen = client.areaOnScreen(game);
+  areaAfterFullscreen.height -= GetParam().lostHeight;
   client.requestAddStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == client.screenArea(); }));
   EXPECT_TRUE(becomesWhite());
-  // For a fullscreen window, the back end writes hints that allow resizing. The window manager
-  // processes these hints.
-  deliverFor(kSettlingTime);
+  // For a fullscreen window, the back end writes hints that allow resizing.
+  deliverFor(kSettlingTime);  // the manager processes the hints
   client.requestRemoveStates(game, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == restoredArea; }));
-  // sway ignores a request for fullscreen until the screen shows the smaller window.
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == areaAfterFullscreen; }));
+  // sway ignores the next fullscreen request until the screen shows the smaller window.
   EXPECT_TRUE(waitFor([&] { return client.screenPicture({0, 0, 1, 1}).at(0, 0) != kWhite; }));
   deliverFor(kSettlingTime);
   client.requestAddStates(game, kFullscreen);
