@@ -1,4 +1,4 @@
-// Life-cycle methods that change the windows and views that are on screen.
+// Life-cycle methods of view controllers, such as `viewWillAppear`, that change views and windows.
 #include <algorithm>
 #include <stdexcept>
 
@@ -40,7 +40,7 @@ TEST_F(LifeCycleReentryTest, AViewAppearsAgainIfDidDisappearAddsItAgain) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewStaysInAnotherWindowIfWillDisappearMovesItThere) {
+TEST_F(LifeCycleReentryTest, AViewStaysInTheWindowToWhichWillDisappearMovesIt) {
   const auto controller = addController(window, "view");
   const auto otherWindow = openWindow("B");
   recorder.takeEvents();
@@ -76,7 +76,7 @@ TEST_F(LifeCycleReentryTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsCont
   EXPECT_TRUE(weakController.expired());
 }
 
-TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayRemoveAnInnerView) {
+TEST_F(LifeCycleReentryTest, WillAppearOfAnOuterControllerMayRemoveAnInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -88,7 +88,7 @@ TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayRemoveAnInnerView) {
   EXPECT_EQ(std::ranges::count(events, "inner did appear"), 0);
 }
 
-TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayAddAnInnerView) {
+TEST_F(LifeCycleReentryTest, WillAppearOfAnOuterControllerMayAddAnInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -99,7 +99,7 @@ TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayAddAnInnerView) {
                                            "inner did appear", "outer did appear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewDisappearsWithItsWindowEvenIfAddedWhileTheWindowCloses) {
+TEST_F(LifeCycleReentryTest, WillDisappearMayAddAnInnerViewWhileTheWindowCloses) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();
@@ -112,7 +112,7 @@ TEST_F(LifeCycleReentryTest, AViewDisappearsWithItsWindowEvenIfAddedWhileTheWind
                     "inner will disappear", "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewDisappearsWithItsSuperviewEvenIfAddedWhileTheSuperviewIsRemoved) {
+TEST_F(LifeCycleReentryTest, WillDisappearMayAddAnInnerViewWhileTheOuterViewIsRemoved) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks the export macros of the library for ELF, Mach-O and DLLs.
+"""Checks which functions the export macros export and import on Linux, macOS and Windows.
 
 usage: export_macro_test.py CLANG
 
@@ -23,8 +23,8 @@ INTERFACES = [
 ]
 
 
-def generate(target, language, header, code, *macro_flags):
-    """Returns the LLVM line that defines or declares each test function, by function name."""
+def compile_functions(target, language, header, code, *macro_flags):
+    """Compiles `code` to LLVM IR. Returns a dictionary from each function's name to its line."""
     flags = ["-ffreestanding", "-fvisibility=hidden", f"-I{ROOT}", f"--target={target}"]
     output = subprocess.run(
         [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *macro_flags, "-x", language, "-"],
@@ -39,44 +39,44 @@ def generate(target, language, header, code, *macro_flags):
     return {name: line for line in lines for name in names if name in line}
 
 
-def generate_definitions(target, interface, *macro_flags):
-    """Defines markedFunction with the export macro, and internalFunction without it."""
+def compile_definitions(target, interface, *macro_flags):
+    """Compiles a markedFunction with the export macro and an internalFunction without it."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void) {{}}\nvoid internalFunction(void) {{}}\n"
-    return generate(target, language, header, code, *macro_flags)
+    return compile_functions(target, language, header, code, *macro_flags)
 
 
-def generate_call(target, interface, *macro_flags):
-    """Declares markedFunction with the export macro, and calls it."""
+def compile_call(target, interface, *macro_flags):
+    """Compiles a call of a markedFunction that is declared with the export macro."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void);\nvoid internalFunction(void) {{ markedFunction(); }}\n"
-    return generate(target, language, header, code, *macro_flags)
+    return compile_functions(target, language, header, code, *macro_flags)
 
 
 class ExportMacroTest(unittest.TestCase):
-    def test_elf_and_mach_o_hide_only_unmarked_functions(self):
+    def test_linux_and_macos_hide_only_functions_without_the_macro(self):
         for target in (LINUX, MACOS):
             for interface in INTERFACES:
-                code = generate_definitions(target, interface)
+                code = compile_definitions(target, interface)
                 self.assertNotIn("hidden", code["markedFunction"], (target, interface))
                 self.assertIn("hidden", code["internalFunction"], (target, interface))
 
-    def test_the_build_of_a_dll_exports_only_marked_functions(self):
+    def test_the_build_of_a_dll_exports_only_functions_with_the_macro(self):
         for interface in INTERFACES:
-            code = generate_definitions(WINDOWS, interface, "-DVEL_DLL_EXPORTS")
+            code = compile_definitions(WINDOWS, interface, "-DVEL_DLL_EXPORTS")
             self.assertIn("dllexport", code["markedFunction"])
             self.assertNotIn("dllexport", code["internalFunction"])
 
-    def test_a_program_that_uses_the_dll_imports_marked_functions(self):
+    def test_a_program_that_uses_the_dll_imports_functions_with_the_macro(self):
         for interface in INTERFACES:
-            code = generate_call(WINDOWS, interface, "-DVEL_DLL")
+            code = compile_call(WINDOWS, interface, "-DVEL_DLL")
             self.assertIn("dllimport", code["markedFunction"])
 
     def test_a_static_library_on_windows_neither_exports_nor_imports_functions(self):
         for interface in INTERFACES:
-            definitions = generate_definitions(WINDOWS, interface)
+            definitions = compile_definitions(WINDOWS, interface)
             self.assertNotIn("dllexport", definitions["markedFunction"])
-            self.assertNotIn("dllimport", generate_call(WINDOWS, interface)["markedFunction"])
+            self.assertNotIn("dllimport", compile_call(WINDOWS, interface)["markedFunction"])
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-// How the parameters of a request change the default configuration.
+// How the parameters of a content request change the default configuration.
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -31,7 +31,7 @@ class RequestParsingTest : public LaunchScreenTest {
   bool parse(NSDictionary::Entries entries) {
     return manager->parseParameters(NSDictionary::dictionaryWithEntries(std::move(entries)));
   }
-  /// Parses an event and this duration. Omits the duration if it is null.
+  /// Parses parameters with an event and `duration`. Omits a null duration.
   bool parseDuration(const Strong<NSObjectProtocol>& duration) {
     NSDictionary::Entries entries{{"event", text("e")}};
     if (duration != nullptr) {
@@ -39,8 +39,8 @@ class RequestParsingTest : public LaunchScreenTest {
     }
     return parse(std::move(entries));
   }
-  /// Parses an event, a duration and this mode. Returns the resulting skip mode, which must not
-  /// depend on the previous skip mode.
+  /// Parses parameters with an event, a duration and `mode`. Omits a null mode. Returns the new
+  /// skip mode, and checks that it does not depend on the previous skip mode.
   bool skipModeFrom(const Strong<NSObjectProtocol>& mode) {
     NSDictionary::Entries entries{{"event", text("e")}, {"max_duration_time", number(5)}};
     if (mode != nullptr) {
@@ -60,7 +60,7 @@ class RequestParsingTest : public LaunchScreenTest {
   }
 };
 
-// Null parameters
+// Null or empty parameters
 
 TEST_F(RequestParsingTest, NullParametersAreRefusedWithOneLogLine) {
   EXPECT_FALSE(manager->parseParameters(nullptr));
@@ -91,13 +91,13 @@ TEST_F(RequestParsingTest, AnEmptyDictionaryClearsTheSkipModeAndIsRefused) {
 
 // The mode
 
-TEST_F(RequestParsingTest, AModeOfSkipTurnsTheSkipModeOn) {
+TEST_F(RequestParsingTest, TheModeNamedSkipTurnsTheSkipModeOn) {
   EXPECT_TRUE(skipModeFrom(text("skip")));
 }
 
 TEST_F(RequestParsingTest, AMissingModeTurnsTheSkipModeOff) { EXPECT_FALSE(skipModeFrom(nullptr)); }
 
-TEST_F(RequestParsingTest, AModeOfForcedTurnsTheSkipModeOff) {
+TEST_F(RequestParsingTest, TheModeNamedForcedTurnsTheSkipModeOff) {
   EXPECT_FALSE(skipModeFrom(text("forced")));
 }
 
@@ -222,14 +222,14 @@ TEST_F(RequestParsingTest, TheNumberNaNIsAcceptedAsADuration) {
 // Accepted requests
 
 TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheDefaultConfiguration) {
-  const auto configuration = LaunchScreenConfiguration::init();
-  LaunchScreenConfiguration::setDefaultConfiguration(configuration);
+  const auto newConfiguration = LaunchScreenConfiguration::init();
+  LaunchScreenConfiguration::setDefaultConfiguration(newConfiguration);
   EXPECT_TRUE(
       parse({{"mode", text("skip")}, {"event", text("e")}, {"max_duration_time", number(5)}}));
-  EXPECT_EQ(LaunchScreenConfiguration::defaultConfiguration(), configuration);
-  EXPECT_TRUE(configuration->skipMode());
-  EXPECT_EQ(configuration->nextEventName()->UTF8String(), "e");
-  EXPECT_EQ(configuration->expirationTimeInterval(), 5.0);
+  EXPECT_EQ(LaunchScreenConfiguration::defaultConfiguration(), newConfiguration);
+  EXPECT_TRUE(newConfiguration->skipMode());
+  EXPECT_EQ(newConfiguration->nextEventName()->UTF8String(), "e");
+  EXPECT_EQ(newConfiguration->expirationTimeInterval(), 5.0);
   EXPECT_TRUE(platform.log.empty());
 }
 
@@ -240,7 +240,7 @@ TEST_F(RequestParsingTest, AnAcceptedRequestCreatesTheDefaultConfigurationIfNece
   EXPECT_EQ(sDefaultConfiguration->expirationTimeInterval(), 5.0);
 }
 
-TEST_F(RequestParsingTest, ParsingChangesNeitherContentNorTimeLeft) {
+TEST_F(RequestParsingTest, ParsingChangesNeitherTheContentNorTheExpirationTimeLeft) {
   EXPECT_TRUE(parseDuration(number(5)));
   EXPECT_EQ(manager->content()->contentRequest(), nullptr);
   EXPECT_EQ(manager->content()->state(), 0u);

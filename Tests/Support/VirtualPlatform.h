@@ -1,5 +1,3 @@
-// The fixture of most tests: a platform in virtual time with the headless back end. It records the
-// log lines and the analytics events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,15 +16,15 @@
 
 namespace vel::test {
 
-/// A new platform with a virtual clock. The clock starts at 0. The destructor shuts the platform
-/// down and resets the default configuration.
+/// A platform with a virtual clock that starts at 0, and with a window system that needs no
+/// display. The destructor shuts the platform down and resets the library's default configuration.
 class VirtualPlatform : private NonCopyable {
  public:
   VirtualPlatform();
   ~VirtualPlatform();
 
-  /// Runs the main run loop for this many virtual seconds, including all work that is due at the
-  /// end.
+  /// Runs the main run loop for this many virtual seconds. Work that is due exactly at the end also
+  /// runs.
   void run(double seconds);
   /// Runs all work that is due now.
   void runDueWork() { run(0); }
@@ -35,7 +33,7 @@ class VirtualPlatform : private NonCopyable {
 
   /// The window system, which also simulates users and other programs.
   [[nodiscard]] HeadlessWindowSystem& windowSystem() { return *windowSystem_; }
-  /// The log lines without their prefix.
+  /// The lines that NSLog has logged, without the date, process and thread.
   std::vector<std::string> log;
 
   /// An analytics event and the virtual time of its recording, in seconds.
@@ -51,7 +49,6 @@ class VirtualPlatform : private NonCopyable {
   HeadlessWindowSystem* windowSystem_ = nullptr;
 };
 
-/// A fixture with virtual time and a headless window system.
 class VirtualPlatformTest : public testing::Test {
  protected:
   VirtualPlatform platform;
@@ -85,9 +82,9 @@ inline constexpr NSWindowStyleMask kFullStyle = 15;
 /// Opens a window in front of all other windows. The window is not key.
 Strong<NSWindow> openWindow(std::string_view className, CGRect frame = CGRectMake(0, 0, 1280, 720),
                             NSWindowStyleMask styleMask = kFullStyle);
-/// Opens a window of class "PlayerWindow" and makes it key.
+/// Opens a window with the class name "PlayerWindow" and makes it key.
 Strong<NSWindow> openPlayerWindow();
-/// Opens a key window of class "PlayerWindow" with a content view controller.
+/// Opens a player window, as `openPlayerWindow` does, with a content view controller.
 Strong<NSWindow> openPlayerWindowWithContentViewController();
 
 /// Makes a request with `parameters`, which may be null.

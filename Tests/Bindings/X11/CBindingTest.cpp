@@ -15,14 +15,15 @@ using testing::StartsWith;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
-// The library sets this property to remove the controls of the window.
+// The library sets this property to remove controls, such as the close button, from a window.
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 
-/// A host that records its callbacks in `calls`.
+/// A host that uses the C interface. `records` lists the callbacks that the library has called.
+/// For `record_event`, it lists the name of the event.
 class X11CBinding : public X11TestWithManager {
  protected:
   X11CBinding() {
-    callbacks.user_data = &calls;
+    callbacks.user_data = &records;
     callbacks.will_appear = [](void* list) { record(list, "will_appear"); };
     callbacks.did_disappear = [](void* list) { record(list, "did_disappear"); };
     callbacks.record_event = [](void* list, const char* event) { record(list, event); };
@@ -64,18 +65,18 @@ class X11CBinding : public X11TestWithManager {
     }
     return condition();
   }
-  [[nodiscard]] bool hasCall(const std::string& call) const {
-    return std::ranges::find(calls, call) != calls.end();
+  [[nodiscard]] bool isRecorded(const std::string& line) const {
+    return std::ranges::find(records, line) != records.end();
   }
 
   xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  std::vector<std::string> calls;
+  std::vector<std::string> records;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelLaunchScreen* screen = nullptr;
 
  private:
-  static void record(void* list, const std::string& call) {
-    static_cast<std::vector<std::string>*>(list)->push_back(call);
+  static void record(void* list, const std::string& line) {
+    static_cast<std::vector<std::string>*>(list)->push_back(line);
   }
 };
 
@@ -84,16 +85,16 @@ TEST_F(X11CBinding, TheLaunchScreenCoversTheHostsWindowAndRestoresItAtTheEnd) {
   present(0.5);
   EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_TRUE(client.property(game, kMotifHints).has_value());
-  EXPECT_TRUE(pumpUntil([this] { return hasCall("launch_end"); }));
+  EXPECT_TRUE(pumpUntil([this] { return isRecorded("launch_end"); }));
   EXPECT_TRUE(pumpUntil([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(pumpUntil([this] { return !client.screenPicture(game).isAll(kWhite); }));
-  EXPECT_EQ(calls.front(), "will_appear");
-  EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
+  EXPECT_EQ(records.front(), "will_appear");
+  EXPECT_THAT(records, Contains(StartsWith("controls_kept ")));
 }
 
 // A game may present the launch screen before it maps its window, and then load for a long time
 // without calling vel_pump.
-TEST_F(X11CBinding, AWindowThatIsMappedAfterVelPresentIsWhiteBeforeVelPump) {
+TEST_F(X11CBinding, AWindowMappedAfterVelPresentBecomesWhiteWithoutVelPump) {
   const xcb_window_t hiddenWindow = client.makeWindow(kGameFrame, kGreen);
   ASSERT_EQ(create(hiddenWindow), VEL_OK) << vel_last_error();
   present(60);
@@ -113,14 +114,14 @@ TEST_F(X11CBinding, DestroyingTheLaunchScreenRestoresTheWindow) {
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_TRUE(waitFor([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(waitFor([this] { return client.children(game).empty(); }));
-  EXPECT_FALSE(hasCall("did_disappear"));
+  EXPECT_FALSE(isRecorded("did_disappear"));
 }
 
 TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
   const xcb_window_t destroyedWindow = client.makeWindow(kGameFrame, kGreen);
   client.destroy(destroyedWindow);
   client.waitForServer();
-  // An X11 identifier has 32 bits. The library must not ignore the upper half of the last `id`.
+  // An X11 identifier has 32 bits. The last `id` differs from `game` only in a higher bit.
   for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},
                                  ~std::uint64_t{0}, (std::uint64_t{1} << 32) + game}) {
     EXPECT_EQ(create(id), VEL_BAD_WINDOW) << id;
@@ -140,7 +141,7 @@ TEST_F(X11CBinding, CreatingAndDestroyingLeavesNoDescriptorOpen) {
     present(60);
     ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   };
-  createAndDestroy();  // the first round opens the descriptors of the run loop
+  createAndDestroy();  // the run loop opens descriptors and keeps them
   const auto countBefore = descriptorCount();
   for (int round = 0; round < 20; ++round) {
     createAndDestroy();
@@ -152,7 +153,7 @@ TEST_F(X11CBinding, ALostDisplayIsReported) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   server.kill();
-  EXPECT_TRUE(pumpUntil([this] { return hasCall("display_lost"); }));
+  EXPECT_TRUE(pumpUntil([this] { return isRecorded("display_lost"); }));
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }

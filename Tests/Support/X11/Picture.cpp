@@ -30,10 +30,10 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
   return picture;
 }
 
-// A compositor draws the pointer, and `XClient::click` leaves the pointer in the lower right corner
-// of the compositor's screen. This function fills the corner with the colours of the pixels to the
-// left of the corner. `picture` shows the rectangle `area` of the compositor's screen. The function
-// does nothing if `area` contains no pixels to the left of the corner.
+// Removes the pointer, which a compositor draws, from the lower right corner of the screen.
+// `XClient::click` leaves the pointer in this corner. Fills the corner with the colours to its
+// left. `picture` shows the rectangle `area` of the screen. Does nothing if `area` contains no
+// pixels to the left of the corner.
 void paintOverPointer(Picture& picture, PixelRect area, PixelRect compositorScreen) {
   constexpr int kPointerSide = 24;
   const int left = compositorScreen.width - kPointerSide - area.x;
@@ -129,12 +129,12 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
-  // Under a compositor, `user_` is a client of the X server that shows the compositor's window.
-  // Otherwise `user_` is null.
+  // If this server is the Xwayland of a compositor, `user_` is a client of the X server on which
+  // the compositor runs. Otherwise `user_` is null.
   const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
   // An X server returns no picture of an area that is partly outside its screen. A compositor may
-  // place a window partly outside. A window may also be partly outside for a moment if a window
-  // manager enlarges the window first and then moves it.
+  // place a window partly outside the screen. A window manager may enlarge a window beyond the
+  // screen before it moves the window.
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
                           area.x + area.width <= screen.width &&
                           area.y + area.height <= screen.height;

@@ -8,7 +8,7 @@
 
 namespace vel::test {
 
-/// A program that a test runs. The destructor ends it.
+/// A program that a test runs. The destructor ends the program.
 class Process {
  public:
   Process() = default;
@@ -31,20 +31,19 @@ class Process {
 
   [[nodiscard]] bool isRunning();
   void signal(int number) const;
-  /// Sends SIGTERM and waits until the program ends. A program that has not ended after `kTimeout`
-  /// receives SIGKILL.
+  /// Sends SIGTERM, and SIGKILL if the program does not end in time. Waits until the program ends.
   void end();
   /// Sends SIGKILL and waits until the program ends.
   void kill();
-  /// Waits until the program ends by itself. Returns the exit status, or -1 if a signal ended the
-  /// program.
+  /// Waits without a time limit until the program ends. Returns the exit status, or -1 if a signal
+  /// ended the program.
   int wait();
 
  private:
   pid_t id_ = 0;  // 0 if there is no child process
 };
 
-/// Runs a program on the display until it ends. Returns the standard output of the program.
+/// Runs a program with `DISPLAY` set to `display`. Returns its standard output when it ends.
 std::string runProgram(const std::vector<std::string>& arguments, const std::string& display);
 
 }  // namespace vel::test

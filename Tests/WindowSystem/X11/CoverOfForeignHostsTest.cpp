@@ -1,7 +1,8 @@
-// Covers over hosts (other programs, here games) that do unusual things to their own windows. A
-// cover has child windows inside the host's window, and an overlay: a window directly above the
-// host's window. The host can draw over the child windows, but not over the overlay. While another
-// window is modal, a shield (an invisible child window) takes the clicks on the host.
+// A cover hides the window of a host. The host is another program: here a game that does unusual
+// things to its own window. The cover has child windows inside the host's window, and an overlay: a
+// window directly above the host's window. The host can draw over the child windows, but not over
+// the overlay. While another window is modal, a shield (an invisible child window) takes the clicks
+// on the host's window.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -23,7 +24,7 @@ constexpr std::uint32_t kRed = 0xC02020;
 constexpr PixelRect kAreaInsideGame{300, 250, 400, 200};
 constexpr int kPictureCount = 40;
 
-/// Fills a window and all windows inside it, like a program that draws with IncludeInferiors.
+/// Fills a window and all windows inside it: draws with the X11 mode IncludeInferiors.
 class InferiorsPainter {
  public:
   InferiorsPainter(XClient& client, xcb_window_t window)
@@ -44,8 +45,8 @@ class InferiorsPainter {
   xcb_gcontext_t context_;
 };
 
-/// Repeats an action in a thread. The destructor ends the thread. The action has a connection of
-/// its own.
+/// Repeats an action in a thread with its own connection to the X server. The destructor ends the
+/// thread.
 class Repetition {
  public:
   Repetition(const std::string& display, std::function<void(XClient&)> action)
@@ -53,7 +54,7 @@ class Repetition {
           while (!isEnded_) {
             action(client_);
             client_.waitForServer();
-            waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
+            waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);  // sleeps for 2 ms
           }
         }) {}
   Repetition(const Repetition&) = delete;
@@ -79,7 +80,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
     game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor(
         [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
-    deliverFor(0.2);  // the window manager draws the frame of the game
+    deliverFor(0.2);  // the window manager adds its frame
     handle = adopt(game).handle;
   }
   void cover() {
@@ -92,7 +93,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
   bool isWhite() { return showsOnly(kWhite, game); }
   int countPicturesThatAreNotWhite() {
     int count = 0;
-    // Pictures of the screen of a compositor take longer.
+    // Capturing the screen of a compositor takes longer.
     const int pictureCount = compositor == nullptr ? kPictureCount : kPictureCount / 4;
     for (int i = 0; i < pictureCount; ++i) {
       deliverFor(0.003);
@@ -132,8 +133,8 @@ TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsMapRequests) 
   EXPECT_FALSE(gameGetsClicks());
 }
 
-// If the cover's child window were mapped first, drawings of the host over the child window would
-// be visible for a moment.
+// If the cover's child window were mapped first, the host could visibly draw over it before the
+// overlay is mapped.
 TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   const auto tree = x11::XcbPointer<xcb_query_tree_reply_t>(xcb_query_tree_reply(
       client.connection(), xcb_query_tree(client.connection(), game), nullptr));
@@ -151,21 +152,21 @@ TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   EXPECT_THAT(parentsOfMappedWindows, testing::ElementsAre(tree->parent, game));
 }
 
-TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildren) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverTheChildWindows) {
   cover();
   InferiorsPainter painter(client, game);
   painter.paint();
   EXPECT_TRUE(isWhite());
 }
 
-TEST_P(X11CoverOfForeignHost, HidesWhatTheHostRepeatedlyDrawsOverItsChildren) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostRepeatedlyDrawsOverTheChildWindows) {
   cover();
   const Repetition drawing(server.display(),
                            [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
   EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
-TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildrenAfterTheHostChangesItsFrame) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsAfterItMovesAndResizesItsWindow) {
   cover();
   client.configure(game, {100, 80, 900, 700});
   deliverFor(0.3);
@@ -180,7 +181,7 @@ TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildrenAfterTheHostCh
   EXPECT_TRUE(isWhite());
 }
 
-TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
+TEST_P(X11CoverOfForeignHost, HidesAnotherChildWindowThatTheHostRaises) {
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
   cover();
@@ -188,14 +189,14 @@ TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
   EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
-TEST_P(X11CoverOfForeignHost, HidesNewChildrenBeforeTheBackEndHandlesEvents) {
+TEST_P(X11CoverOfForeignHost, HidesANewChildWindowBeforeTheBackEndHandlesEvents) {
   cover();
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
   EXPECT_TRUE(isWhite());
 }
 
-TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostUnmapsItsChildren) {
+TEST_P(X11CoverOfForeignHost, IsMappedAgainAfterTheHostUnmapsAllChildWindows) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   cover();
   xcb_unmap_subwindows(client.connection(), game);
@@ -205,7 +206,7 @@ TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostUnmapsItsChildren) {
   EXPECT_TRUE(client.isViewable(client.children(game).back()));
 }
 
-TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostDestroysItsChildren) {
+TEST_P(X11CoverOfForeignHost, IsRecreatedAfterTheHostDestroysAllChildWindows) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   cover();
   xcb_destroy_subwindows(client.connection(), game);
@@ -220,7 +221,7 @@ TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostDestroysItsChildren) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, TheShieldComesBackWhenTheHostUnmapsOrDestroysItsChildren) {
+TEST_P(X11CoverOfForeignHost, TheShieldIsRestoredAfterTheHostUnmapsOrDestroysAllChildWindows) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
       openOwnWindow({.className = "Modal", .title = "modal", .frame = {{20, 20}, {100, 100}}});
@@ -238,7 +239,7 @@ TEST_P(X11CoverOfForeignHost, TheShieldComesBackWhenTheHostUnmapsOrDestroysItsCh
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, IsWhiteAgainWhenTheHostIsMappedAgain) {
+TEST_P(X11CoverOfForeignHost, IsWhiteAgainAfterTheHostUnmapsAndMapsItsWindow) {
   cover();
   const Repetition drawing(server.display(),
                            [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
@@ -257,7 +258,7 @@ TEST_P(X11CoverOfForeignHost, IsWhiteAgainWhenTheHostIsMappedAgain) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
+TEST_P(X11CoverOfForeignHost, FollowsTheHostsWindowIntoAnotherWindowAndBack) {
   if (GetParam() != Manager::None) {
     GTEST_SKIP() << "a window manager takes the window back";
   }
@@ -267,6 +268,7 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
   xcb_reparent_window(client.connection(), game, otherWindow, 30, 40);
   client.waitForServer();
   client.map(game);
+  // The two children are the game's window and the overlay.
   EXPECT_TRUE(
       waitFor([&] { return client.isViewable(game) && client.children(otherWindow).size() == 2; }));
   painter.paint();
@@ -296,7 +298,7 @@ TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheHostsWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, DoesNotHideWindowsAboveTheHost) {
+TEST_P(X11CoverOfForeignHost, DoesNotHideWindowsAboveTheHostsWindow) {
   cover();
   const xcb_window_t upperWindow = client.openGameWindow({400, 250, 200, 100}, kGreen);
   client.raise(upperWindow);
@@ -334,7 +336,7 @@ TEST_F(X11CoverAndManagers, TheCoverIsWhiteAgainAfterTheManagerIsKilledOrReplace
   startManager(Manager::Openbox);
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
-  deliverFor(0.2);  // the window manager draws the frame of the game
+  deliverFor(0.2);  // the window manager adds its frame
   system().setScene(adopt(game).handle, whiteScene({640, 400}));
   deliver();
   const Repetition drawing(server.display(),
@@ -357,8 +359,8 @@ TEST_F(X11CoverAndManagers, ACoverThatTheServerDoesNotMapIsLoggedAsMissing) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
-  // Handling the events of the adoption needs round trips. A round trip would block while the
-  // client grabs the server.
+  // Handles the events of the adoption now: this needs round trips, which the grab below would
+  // block.
   deliver();
   xcb_grab_server(client.connection());
   client.waitForServer();

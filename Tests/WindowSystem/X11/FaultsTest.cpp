@@ -1,4 +1,5 @@
-// The back end after faults of the X server, the window manager, the game and the delegate.
+// What the back end does when the X server, the window manager or the game's window disappears, and
+// after an X11 error.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -25,7 +26,7 @@ class X11Faults : public X11Test {
     deliver();
     return adoptedWindow.handle;
   }
-  /// Calls every operation of WindowSystem that changes a window, except `releaseWindow`.
+  /// Calls the operations of WindowSystem that change an existing window, except `releaseWindow`.
   void callEveryOperation(WindowHandle window) {
     system().orderFront(window);
     system().requestFocus(window);
@@ -80,7 +81,7 @@ TEST_F(X11Faults, ABrokenConnectionLeavesNoSigpipePendingOrBlocked) {
   EXPECT_EQ(sigismember(&blockedSignals, SIGPIPE), 0);
 }
 
-TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
+TEST_F(X11Faults, TheDelegateMayDestroyTheBackEndInWindowDestroyed) {
   const WindowHandle handle = openCoveredGame();
   class DestroyingDelegate final : public WindowSystemDelegate {
    public:
@@ -111,7 +112,7 @@ TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
   }
 }
 
-TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
+TEST_F(X11Faults, TheCoverIsVisibleAfterTheGameUnmapsAndMapsItsWindow) {
   const WindowHandle handle = openCoveredGame();
   client.unmap(game);
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("miniaturized", handle)); }));
@@ -120,7 +121,7 @@ TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
 
-TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
+TEST_F(X11Faults, TheDestructionOfACoveredWindowIsReportedAndCausesNoLoggedError) {
   const WindowHandle handle = openCoveredGame();
   client.destroy(game);
   callEveryOperation(handle);
@@ -132,7 +133,7 @@ TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
 TEST_F(X11Faults, AnErrorIsLoggedWithTheRequestThatCausedIt) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
-  // Only one client can select ButtonPress on a window.
+  // Only one client can select ButtonPress on a window, so the back end cannot select it.
   client.selectEvents(idOf(ownWindow), XCB_EVENT_MASK_BUTTON_PRESS);
   system().setMovableByBackground(ownWindow, true);
   deliver();
@@ -158,15 +159,15 @@ TEST_F(X11Faults, TheGameIsFocusedAndCoveredAfterTheWindowManagerCrashes) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Faults, TheControlsThatANewWindowManagerKeepsAreReported) {
+TEST_F(X11Faults, TheRemainingControlsAreReportedAgainUnderANewWindowManager) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCoveredGame();
-  // The style mask excludes all controls. But Metacity keeps resizing (8).
+  // The style mask excludes all controls, but Metacity still allows resizing (8).
   ASSERT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   managerProcess.end();
   startManager(Manager::Openbox);
-  // Openbox keeps closing (2) and miniaturising (4).
+  // Openbox still allows closing (2) and miniaturising (4).
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 6"); }));
   system().requestFocus(handle);

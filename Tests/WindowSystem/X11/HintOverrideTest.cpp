@@ -1,6 +1,5 @@
-// A hint is a property of a window. The owner is the program that owns the window. `HintOverride`
-// stores the owner's value of a hint while the back end overrides the hint. These tests need no
-// display.
+// A hint is a property of a window. The owner is the program that opened the window. The back end
+// overrides a hint: it writes a value of its own. `HintOverride` then keeps the owner's value.
 #include <gtest/gtest.h>
 
 #include "Platform/WindowSystem/X11/HintOverride.h"
@@ -12,7 +11,7 @@ using x11::HintOverride;
 using x11::HintValue;
 using x11::Property;
 
-// In most tests, the first element of a hint is a set of bits. The other elements are numbers.
+// In most tests, only the first element of a hint is a set of bits. The other elements are numbers.
 constexpr std::size_t kBitSetCount = 1;
 
 HintValue hint(std::vector<std::uint32_t> elements) {
@@ -35,7 +34,7 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndWrites) {
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, WritingTheCurrentValueNeedsNoRequest) {
+TEST_F(HintOverrideTest, RecordWriteReturnsFalseForTheCurrentValue) {
   EXPECT_FALSE(hintOverride.recordWrite(hint({1, 100, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_FALSE(hintOverride.recordWrite(hint({3, 640, 5})));
@@ -50,7 +49,7 @@ TEST_F(HintOverrideTest, StoresEachWriteOfTheOwner) {
   EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
-TEST_F(HintOverrideTest, StoresTheDeletionOfTheHintByTheOwner) {
+TEST_F(HintOverrideTest, HasNoOwnersValueAfterTheOwnerDeletesTheHint) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordCurrentValue(std::nullopt);
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
@@ -118,8 +117,8 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWritesOfTheBackEnd) {
   EXPECT_EQ(overrideCopy.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
-// In the next three tests, `recordReplacedValue` records the value that the hint had just before
-// the back end's last write.
+// In the next three tests, the owner may have written the hint before the back end's last write.
+// `recordReplacedValue` records the value that this write replaced.
 TEST_F(HintOverrideTest, StoresAnOwnersValueThatTheBackEndHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordReplacedValue(/*expectedValue=*/hint({1, 100, 5}), hint({8, 200, 6}));
@@ -138,13 +137,13 @@ TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValueThatTheBackEn
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.recordReplacedValue(/*expectedValue=*/hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // `recordReplacedValue` also updated the owner's value in the records of the two writes above.
+  // The owner's value stays the same when the owner writes an earlier value of the back end.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
   hintOverride.recordCurrentValue(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
-TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedAfterForgettingTheBackEndsWrites) {
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedAfterForgetWrites) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
   hintOverride.forgetWrites();

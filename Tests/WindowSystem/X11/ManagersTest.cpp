@@ -1,5 +1,5 @@
-// Covers over windows that move, covers while another window manager replaces the running one, and
-// covers under a window manager that supports few hints.
+// The cover over a game's window when the window moves, when one window manager replaces another,
+// and under a window manager that supports few hints.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -17,7 +17,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11Managers : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
-  explicit X11Managers(Manager kind = Manager::None) : X11Test(kind) {}
+  explicit X11Managers(Manager manager = Manager::None) : X11Test(manager) {}
 
   void openCoveredGame() {
     game = client.openGameWindow(kGameFrame, kGreen);
@@ -31,6 +31,7 @@ class X11Managers : public X11Test, public testing::WithParamInterface<Manager> 
   [[nodiscard]] std::array<std::optional<Property>, 2> hints() const {
     return {client.property(game, "_MOTIF_WM_HINTS"), client.property(game, "WM_NORMAL_HINTS")};
   }
+  /// The window that identifies the running window manager.
   [[nodiscard]] xcb_window_t checkWindow() const {
     const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
     return checkWindows.empty() ? xcb_window_t{XCB_WINDOW_NONE} : checkWindows.front();
@@ -80,11 +81,11 @@ INSTANTIATE_TEST_SUITE_P(X11, X11MovedWindows,
                          testing::ValuesIn(withXwayland({Manager::Metacity, Manager::Openbox})),
                          nameOfManager);
 
-TEST_P(X11Managers, ACoverRemainsWhenAnotherManagerStartsAndCanThenBeRemoved) {
+TEST_P(X11Managers, ReplacingTheManagerKeepsTheCoverAndAllowsItsRemoval) {
   const bool startsWithMetacity = GetParam() == Manager::Metacity;
-  // Some window managers keep controls that the style mask excludes. Metacity keeps resizing (8).
-  // Openbox keeps closing (2) and miniaturising (4).
-  const auto remainingControlsSuffix = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
+  // The style mask excludes all controls, but Metacity still allows resizing (8), and Openbox still
+  // allows closing (2) and miniaturising (4).
+  const auto remainingControlsSuffix = [](bool isMetacity) { return isMetacity ? " 8" : " 6"; };
   startManager(GetParam());
   openCoveredGame();
   const auto hintsWhileCovered = hints();
@@ -96,8 +97,6 @@ TEST_P(X11Managers, ACoverRemainsWhenAnotherManagerStartsAndCanThenBeRemoved) {
   const xcb_window_t checkWindowBefore = checkWindow();
   const Process newManager =
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
-  // The new manager does not keep the same controls as the first, so this report is about the new
-  // manager.
   EXPECT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) +
                             remainingControlsSuffix(!startsWithMetacity));
@@ -125,11 +124,11 @@ class X11PlainManager : public X11Managers {
  protected:
   X11PlainManager() {
     const xcb_window_t managersWindow = client.makeWindow({-10, -10, 1, 1}, 0);
-    const std::array checkWindow{managersWindow};
+    const std::array checkWindows{managersWindow};
     const std::array supportedAtoms{client.atom("_NET_ACTIVE_WINDOW")};
     for (const xcb_window_t window : {managersWindow, client.root()}) {
       client.setProperty(window, "_NET_SUPPORTING_WM_CHECK",
-                         Property::ofNumbers(XCB_ATOM_WINDOW, checkWindow));
+                         Property::ofNumbers(XCB_ATOM_WINDOW, checkWindows));
     }
     client.setProperty(client.root(), "_NET_SUPPORTED",
                        Property::ofNumbers(XCB_ATOM_ATOM, supportedAtoms));
@@ -155,7 +154,7 @@ TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSetDirectly) {
   EXPECT_NE(client.focusedWindow(), game);
 }
 
-TEST_F(X11PlainManager, TheServersStackingOrderIsReportedIfTheManagerPublishesNone) {
+TEST_F(X11PlainManager, TheServersStackingOrderIsReportedIfTheManagerPublishesNoOrder) {
   openCoveredGame();
   const WindowHandle otherHandle = adopt(client.openGameWindow(kGameFrame, 0)).handle;
   client.raise(game);

@@ -23,7 +23,7 @@ class X11Modal : public X11Test {
     game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
-    owner = adoptedWindow.handle;
+    gameHandle = adoptedWindow.handle;
     gameAreaInPixels = client.areaOnScreen(game);
     gameAreaInPoints = adoptedWindow.frame;
   }
@@ -37,17 +37,17 @@ class X11Modal : public X11Test {
                           .frame = {{x, y}, size},
                           .styleMask = styleMask,
                           .kind = kind,
-                          .ownerWindow = owner,
+                          .ownerWindow = gameHandle,
                           .isMovableByBackground = kind == WindowKind::Modal});
   }
   WindowHandle openModal() { return openOverGame(WindowKind::Modal, 0, {480, 270}); }
-  bool waitUntilAt(WindowHandle window, PixelRect expected) {
-    return waitFor([&] { return client.areaOnScreen(idOf(window)) == expected; });
+  bool waitForArea(WindowHandle window, PixelRect expectedArea) {
+    return waitFor([&] { return client.areaOnScreen(idOf(window)) == expectedArea; });
   }
 
   Manager windowManager = Manager::None;
   xcb_window_t game = 0;
-  WindowHandle owner = WindowHandle::None;  // the handle of the game's window
+  WindowHandle gameHandle = WindowHandle::None;
   PixelRect gameAreaInPixels;
   CGRect gameAreaInPoints;
 };
@@ -57,13 +57,13 @@ class X11ModalWithManager : public X11Modal {
   X11ModalWithManager() { windowManager = Manager::Metacity; }
 };
 
-TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
+TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwnerWindow) {
   const WindowHandle modal = openModal();
-  EXPECT_TRUE(waitUntilAt(modal, {gameAreaInPixels.x + 80, gameAreaInPixels.y + 65, 480, 270}));
+  EXPECT_TRUE(waitForArea(modal, {gameAreaInPixels.x + 80, gameAreaInPixels.y + 65, 480, 270}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
-TEST_F(X11ModalWithManager, IsATransientModalDialogOfItsOwner) {
+TEST_F(X11ModalWithManager, IsATransientModalDialogOfItsOwnerWindow) {
   const xcb_window_t modal = idOf(openModal());
   EXPECT_THAT(client.numbers(modal, "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(client.atomNames(modal, "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
@@ -104,13 +104,13 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   client.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
   client.releaseButton();
-  EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
+  EXPECT_TRUE(waitForArea(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
   EXPECT_TRUE(reports.contains(reportLine("frame", modal)));
   EXPECT_EQ(reports.lastFrame.origin.y, kScreenHeight - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
   client.movePointer(frameBefore.x + 300, frameBefore.y + 300);
   deliverFor(0.1);
-  EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
+  EXPECT_TRUE(waitForArea(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
 
 TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovableByBackground) {
@@ -128,10 +128,10 @@ TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovableByBackground) {
   EXPECT_EQ(client.areaOnScreen(idOf(modal)), frameBefore);
 }
 
-TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
+TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwnerWindow) {
   const WindowHandle sheet = openOverGame(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
-  EXPECT_TRUE(waitUntilAt(sheet, {gameAreaInPixels.x + 120, gameAreaInPixels.y, 400, 100}));
+  EXPECT_TRUE(waitForArea(sheet, {gameAreaInPixels.x + 120, gameAreaInPixels.y, 400, 100}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(sheet)).isAll(kWhite); }));
   EXPECT_THAT(client.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(client.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
@@ -167,8 +167,8 @@ TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicksWhileAWindowIsModal) {
 }
 
 TEST_F(X11Modal, TheModalWindowReceivesClicks) {
-  // Only one client can select ButtonPress on a window. The back end selects ButtonPress on a
-  // window that is movable by its background, so this test opens a sheet, which is not movable.
+  // Only one client can select ButtonPress on a window. The back end selects it on a movable
+  // window, so this test opens a sheet, which is not movable.
   const WindowHandle modal = openOverGame(WindowKind::Sheet, 0, {100, 100});
   client.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
