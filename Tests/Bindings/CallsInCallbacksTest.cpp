@@ -11,8 +11,6 @@
 namespace vel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// The parameter is the presentation of both launch screens.
 class NextScreenInDidDisappearTest : public CBindingTest,
                                      public testing::WithParamInterface<VelPresentation> {

@@ -5,8 +5,6 @@
 
 namespace vel::host {
 
-using Json = nlohmann::json;
-
 void JsonValue::throwInvalid(std::string_view expectedValue) const {
   throw ScenarioError(pointer_.to_string(),
                       std::string(expectedValue) + (isPresent() ? "" : ", which is missing"));

@@ -435,6 +435,9 @@ bool CocoaWindowSystem::isSceneOnScreen(WindowHandle handle) {
 
 void CocoaWindowSystem::setModalWindow(WindowHandle handle) {
   const AutoreleasePool pool;
+  if (handle != WindowHandle::None && find(handle) == nullptr) {
+    return;
+  }
   if (std::exchange(modalWindow_, handle) == handle) {
     return;
   }

@@ -101,6 +101,12 @@ void HeadlessWindowSystem::setScene(WindowHandle window, const Scene& scene) {
   }
 }
 
+void HeadlessWindowSystem::setModalWindow(WindowHandle window) {
+  if (window == WindowHandle::None || windows_.contains(window)) {
+    modalWindow_ = window;
+  }
+}
+
 bool HeadlessWindowSystem::isSceneOnScreen(WindowHandle window) {
   const Window* const state = findWindow(window);
   return state != nullptr && state->isOnScreen && !state->scene.empty() && !hidesScenes_;

@@ -38,7 +38,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) override;
   void setMovableByBackground(WindowHandle window, bool isMovable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
-  void setModalWindow(WindowHandle window) override { modalWindow_ = window; }
+  void setModalWindow(WindowHandle window) override;
   bool isSceneOnScreen(WindowHandle window) override;
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 

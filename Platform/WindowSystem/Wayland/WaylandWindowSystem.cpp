@@ -488,6 +488,9 @@ void WaylandWindowSystem::setScene(WindowHandle handle, const Scene& scene) {
 }
 
 void WaylandWindowSystem::setModalWindow(WindowHandle handle) {
+  if (handle != WindowHandle::None && find(handle) == nullptr) {
+    return;
+  }
   const WindowHandle previous = std::exchange(modalWindow_, handle);
   if (previous == handle) {
     return;

@@ -407,6 +407,9 @@ void X11WindowSystem::setScene(WindowHandle handle, const Scene& scene) {
 }
 
 void X11WindowSystem::setModalWindow(WindowHandle handle) {
+  if (handle != WindowHandle::None && windows_.find(handle) == nullptr) {
+    return;
+  }
   if (std::exchange(modalWindow_, handle) == handle) {
     return;
   }

@@ -312,6 +312,14 @@ TEST_F(CocoaWindowTest, AModalWindowShieldsTheHostsWindowFromThePointer) {
   EXPECT_EQ([content hitTest:middle], content);
 }
 
+TEST_F(CocoaWindowTest, AnInvalidHandleMakesNoWindowModal) {
+  const WindowHandle closed = system->createWindow(
+      {.className = "NSWindow", .title = "closed", .frame = CGRectMake(700, 300, 200, 150)});
+  system->releaseWindow(closed);
+  system->setModalWindow(closed);
+  EXPECT_EQ([content hitTest:NSMakePoint(200, 150)], content);
+}
+
 TEST_F(CocoaWindowTest, ASheetIsAChildWindowOfItsOwner) {
   const WindowHandle sheet =
       system->createWindow({.className = "NSWindow",

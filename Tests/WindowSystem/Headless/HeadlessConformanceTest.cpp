@@ -39,5 +39,14 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .reportsLostDisplay = true}),
                          nameOfBackend);
 
+TEST(HeadlessWindowSystemTest, AnInvalidHandleMakesNoWindowModal) {
+  HeadlessWindowSystem system;
+  const WindowHandle closed =
+      system.createWindow({.className = "Any", .title = "closed", .frame = {{}, {10, 10}}});
+  system.releaseWindow(closed);
+  system.setModalWindow(closed);
+  EXPECT_EQ(system.modalWindow(), WindowHandle::None);
+}
+
 }  // namespace
 }  // namespace vel::test

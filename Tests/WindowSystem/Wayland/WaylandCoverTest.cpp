@@ -276,6 +276,18 @@ TEST_P(WaylandCover, ResizingCanBeDisabledOnlyIfTheHostPassesItsToplevel) {
   }));
 }
 
+TEST_P(WaylandCover, AnInvalidHandleMakesNoWindowModal) {
+  ASSERT_TRUE(becomes(kGreen));
+  adopt();
+  const WindowHandle closed = system->createWindow(
+      {.className = "Any", .title = "closed", .frame = CGRectMake(0, 0, 100, 100)});
+  system->releaseWindow(closed);
+  system->setModalWindow(closed);
+  wl_display_roundtrip(host->display());
+  compositor->click(310, 310);
+  EXPECT_TRUE(waitWithHost([this] { return host->presses() == 1; }));
+}
+
 TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   ASSERT_TRUE(becomes(kGreen));
   adopt();

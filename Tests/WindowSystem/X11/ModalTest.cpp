@@ -179,6 +179,17 @@ TEST_F(X11Modal, TheModalWindowReceivesClicks) {
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
+TEST_F(X11Modal, AnInvalidHandleMakesNoWindowModal) {
+  client.selectEvents(game, kButtonEvents);
+  const WindowHandle closed = openModal();
+  system().releaseWindow(closed);
+  system().setModalWindow(closed);
+  deliver();
+  client.takeEventTypes();
+  client.click(gameAreaInPixels.x + 5, gameAreaInPixels.y + 5);
+  EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
+}
+
 TEST_F(X11Modal, TheGameReceivesClicksAgainWhenNoWindowIsModal) {
   client.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
