@@ -1,8 +1,12 @@
-// Tests `isRequiredWindow` and `tempItemRequired` of LaunchScreenManager. The countdown of the
-// launch screen runs only while a required window is the key window. The window that shows the
-// launch screen is required, and some other windows are required too. If `tempItemRequired` returns
-// true, a new request gets a temporary content, and the main content does not change. In the names
-// of the tests, a cover is a launch screen that is shown.
+// Tests `isRequiredWindow` and `tempItemRequired` of LaunchScreenManager.
+//
+// The countdown of the launch screen pauses when a required window stops being the key window.
+//
+// The main content of the manager is the launch screen. If `tempItemRequired` returns true, a new
+// request does not change the main content. The request gets a temporary content.
+//
+// In the names of the tests, a cover is a launch screen that is shown. A player window is a window
+// of class `PlayerWindow`.
 #include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -63,7 +67,7 @@ TEST_F(RequiredWindowTest, ANullWindowIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "during a modal session";
 }
 
-TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
+TEST_F(RequiredWindowTest, TheWindowThatShowsTheLaunchScreenIsRequiredInEveryMode) {
   for (const std::int32_t mode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     load(5.0);
     present(openPlayerWindowWithContentViewController(), mode);
@@ -156,7 +160,7 @@ TEST_F(RequiredWindowTest, ASheetOfThePlayerWindowIsNotRequiredDuringTheLaunchSc
 }
 
 TEST_F(RequiredWindowTest,
-       ANonPlayerWindowAndItsChildAreNotRequiredDuringTheLaunchScreensModalSession) {
+       AWindowOfAnotherClassAndItsChildAreNotRequiredDuringTheLaunchScreensModalSession) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {
@@ -168,7 +172,7 @@ TEST_F(RequiredWindowTest,
   }
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildLaunchScreenViewControllerIsRequired) {
+TEST_F(RequiredWindowTest, AWindowWithALaunchScreenViewControllerAsChildControllerIsRequired) {
   load(5.0);
   EXPECT_TRUE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
@@ -178,14 +182,15 @@ TEST_F(RequiredWindowTest, AWindowWithAChildLaunchScreenViewControllerIsRequired
 }
 
 TEST_F(RequiredWindowTest,
-       AWindowWithAChildLaunchScreenViewControllerIsRequiredDuringAModalSession) {
+       AWindowWithALaunchScreenViewControllerAsChildControllerIsRequiredDuringAModalSession) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildOfASubclassOfLaunchScreenViewControllerIsNotRequired) {
+TEST_F(RequiredWindowTest,
+       AWindowWithALaunchScreenViewControllerSubclassAsChildControllerIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamedController("LaunchScreenViewControllerSubclass")})));
@@ -199,7 +204,8 @@ TEST_F(RequiredWindowTest,
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, AChildControllerMatchesIfItHasTheClassOfTheControllerOfTheMainContent) {
+TEST_F(RequiredWindowTest,
+       AWindowIsRequiredIfAChildControllerHasTheClassOfTheMainContentsController) {
   loadHostController(5.0);
   EXPECT_TRUE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamedController("HostController")})));
@@ -207,12 +213,13 @@ TEST_F(RequiredWindowTest, AChildControllerMatchesIfItHasTheClassOfTheController
       openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, NoChildControllerMatchesIfTheMainContentHasNoController) {
+TEST_F(RequiredWindowTest,
+       AWindowWithAChildControllerIsNotRequiredIfTheMainContentHasNoController) {
   EXPECT_FALSE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChildController) {
+TEST_F(RequiredWindowTest, AChildControllerWithoutAClassNameDoesNotMakeItsWindowRequired) {
   const auto window = openWindowWithChildren({makeNamedController("")});
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "without a controller";
   configuration().setExpirationTimeInterval(5);
@@ -223,7 +230,7 @@ TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChildController) {
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "with a controller whose class name is empty";
 }
 
-TEST_F(RequiredWindowTest, TheFirstChildControllerThatMatchesEndsTheSearch) {
+TEST_F(RequiredWindowTest, TheSearchStopsAtTheFirstLaunchScreenViewController) {
   load(5.0);
   const auto controllerBeforeMatch = make<CountingController>("NSViewController");
   const auto controllerAfterMatch = make<CountingController>("NSViewController");
@@ -238,8 +245,7 @@ TEST_F(RequiredWindowTest, TheFirstChildControllerThatMatchesEndsTheSearch) {
 
 class TemporaryContentTest : public LaunchScreenTest {
  protected:
-  // Opens a window with a child view controller that is not a launch screen. The child counts how
-  // often its class name is read.
+  // Opens a window with a child view controller that is not a launch screen.
   static std::pair<Strong<NSWindow>, Strong<CountingController>> openWindowWithCountingChild() {
     auto countingController = make<CountingController>("NSViewController");
     return {openWindowWithChildren({countingController}), countingController};
@@ -271,7 +277,7 @@ TEST_F(TemporaryContentTest, ATemporaryContentIsRequiredWhileTheMainContentIsPre
   }
 }
 
-TEST_F(TemporaryContentTest, APresentedTemporaryContentRequiresNoOtherTemporaryContent) {
+TEST_F(TemporaryContentTest, NoTemporaryContentIsRequiredWhileATemporaryContentIsPresented) {
   load(5.0);
   const auto temporaryContent = LaunchScreenContent::init();
   temporaryContent->setContentRequest(makeRequest("e", 5));
@@ -321,7 +327,8 @@ TEST_F(TemporaryContentTest, ACoverWithoutAParentViewControllerRequiresNoTempora
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-// `tempItemRequired` searches the key window first, or the main window if no window is key. Then it
+// `tempItemRequired` searches windows for a child controller of class LaunchScreenViewController.
+// It first searches the key window. If no window is key, it first searches the main window. It then
 // searches all ordered windows, front to back.
 
 TEST_F(TemporaryContentTest, TheKeyWindowIsSearchedTwiceAndTheOtherWindowsOnce) {
@@ -369,7 +376,7 @@ TEST_F(TemporaryContentTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
 TEST_F(TemporaryContentTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
   const auto [window, countingController] = openWindowWithCountingChild();
   load(5.0);
-  countingController->callCount = 0;
+  countingController->callCount = 0;  // `load` searched the window too
   present(window, kHostModeSheet);
   EXPECT_TRUE(manager->tempItemRequired());
   EXPECT_EQ(countingController->callCount, 0);

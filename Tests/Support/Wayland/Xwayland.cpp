@@ -1,4 +1,4 @@
-// For builds with the Wayland back end.
+// Only builds with the Wayland back end compile this file.
 #include "Tests/Support/X11/Xwayland.h"
 
 namespace vel::test {

@@ -19,7 +19,7 @@ FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Classif
       connection, xcb_damage_query_version(connection, 1, 1), nullptr));
   xcb_damage_create(connection, xcb_generate_id(connection), client_.root(),
                     XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-  client_.takeEventTypes();  // discards the first report, which is about earlier drawings
+  client_.takeEventTypes();  // discards the damage event of earlier drawings
   takePicture();
 }
 
@@ -34,6 +34,7 @@ bool FrameRecorder::recordUntil(const std::function<bool()>& condition) {
                    steadyNow() + kNanosecondsPerSecond / 100);
     }
   }
+  // Events of the last drawings may not have arrived yet.
   client_.waitForServer();
   readEvents();
   return true;

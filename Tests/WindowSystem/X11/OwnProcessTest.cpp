@@ -1,4 +1,4 @@
-// The properties of a window by which other programs find the process that created it.
+// Other programs identify the process of a window by two properties.
 #include <unistd.h>
 
 #include <array>
@@ -10,7 +10,7 @@ namespace {
 
 class X11OwnProcess : public X11Test {};
 
-TEST_F(X11OwnProcess, WindowsHaveTheHostNameAndTheProcessId) {
+TEST_F(X11OwnProcess, OwnWindowsHaveTheHostNameAndTheProcessId) {
   const xcb_window_t window =
       idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
   std::array<char, 256> hostName{};

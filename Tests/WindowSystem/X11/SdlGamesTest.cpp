@@ -11,10 +11,11 @@ namespace {
 
 constexpr std::uint32_t kGameColor = 0x461E5A;  // the background of the game
 
-/// A change that the game makes on SIGUSR1. On the next SIGUSR1, the game undoes the change.
+/// A change that the game makes to its window on SIGUSR1. On the next SIGUSR1, the game undoes the
+/// change.
 struct Change {
   const char* name;      // part of the test's name
-  const char* argument;  // an argument of the game's program
+  const char* argument;  // the name of the change on the game's command line
   /// Returns true if the game's window has the area that the change requests.
   bool (*isDone)(PixelRect area, PixelRect screen);
 };
@@ -36,12 +37,13 @@ constexpr Change kMaximize{"MaximizeWindow", "maximise", isMaximized};
 struct SdlCase {
   Manager manager;
   Change change;
-  /// "resizable" or "fixed": the kind of the game's window.
+  /// "resizable", or "fixed" if the user cannot resize the game's window.
   const char* kind;
 
   [[nodiscard]] std::string name() const {
-    return std::string(change.name) + (kind == std::string_view("fixed") ? "OfAFixedWindow" : "") +
-           "Under" + nameOf(manager);
+    return std::string(change.name) +
+           (kind == std::string_view("fixed") ? "OfANonResizableWindow" : "") + "Under" +
+           nameOf(manager);
   }
   friend void PrintTo(const SdlCase& sdlCase, std::ostream* out) { *out << sdlCase.name(); }
 };
@@ -73,10 +75,10 @@ class X11SdlGames : public X11Test, public testing::WithParamInterface<SdlCase> 
 
 TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   const PixelRect areaBefore = client.areaOnScreen(game);
-  system().setScene(adoptedWindow.handle, whiteScene({1280, 960}));
+  system().setScene(adoptedWindow.handle, whiteScene({1280, 960}));  // the size of the screen
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
-  // If the window manager publishes the actions that it allows, the back end reports which removed
-  // controls the manager still offers.
+  // After the style mask has changed, the back end reports the controls that the window manager
+  // still offers. The report needs a window manager that publishes the allowed actions.
   ASSERT_TRUE(waitFor([this] {
     return reports.count("controls kept") > 0 ||
            !featuresOf(GetParam().manager).publishesAllowedActions;
@@ -87,11 +89,10 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   EXPECT_TRUE(becomesWhite());
   system().setScene(adoptedWindow.handle, {});
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
-  // The screen shows the picture of the game again, which has several colours.
+  // The picture of the game has several colours.
   EXPECT_TRUE(waitFor([this] { return client.screenPicture(game).colors().size() > 1; }));
-  deliverFor(0.3);  // the window manager processes the restored hints
+  deliverFor(0.3);  // time for the window manager to process the restored hints
   EXPECT_TRUE(isChanged());
-  // The game can undo the change.
   program.signal(SIGUSR1);
   EXPECT_TRUE(waitFor([&] {
     const PixelRect area = client.areaOnScreen(game);
@@ -112,11 +113,11 @@ std::vector<SdlCase> allCases() {
     cases.push_back({manager, kFullscreenDesktop, "resizable"});
     cases.push_back({manager, kMaximize, "resizable"});
   }
-  for (const Manager manager : withXwayland({})) {
-    cases.push_back({manager, kResize, "fixed"});
-    cases.push_back({manager, kFullscreenDesktop, "resizable"});
-    if (featuresOf(manager).maximizes) {
-      cases.push_back({manager, kMaximize, "resizable"});
+  for (const Manager compositor : withXwayland({})) {
+    cases.push_back({compositor, kResize, "fixed"});
+    cases.push_back({compositor, kFullscreenDesktop, "resizable"});
+    if (featuresOf(compositor).maximizes) {
+      cases.push_back({compositor, kMaximize, "resizable"});
     }
   }
   return cases;

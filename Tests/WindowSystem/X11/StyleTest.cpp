@@ -1,6 +1,6 @@
-// The style mask of an adopted window: how the back end overrides and restores the hints of the
-// window's owner (the game), and which of the removed controls a window manager still offers.
-// StyleOwnerTest.cpp tests the owner's own writes in detail.
+// Tests the style mask of an adopted window. The game owns the window and writes the window's
+// hints. The back end overrides `_MOTIF_WM_HINTS` to remove controls, and later restores the game's
+// value. It reports which of the removed controls the window manager still offers.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -22,6 +22,12 @@ class X11Style : public X11Test {
  protected:
   xcb_window_t game = client.openGameWindow(kGameFrame, 0);
 
+  /// Returns a `_MOTIF_WM_HINTS` property. Its fields are:
+  /// - flags, which name the valid fields: functions 1, decorations 2, input mode 4, status 8
+  /// - functions: resize 2, move 4, minimise 8, maximise 16, close 32, and 1 for all except these
+  /// - decorations: border 2, resize handles 4, title 8, menu 16, minimise 32, maximise 64
+  /// - input mode
+  /// - status
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
@@ -39,9 +45,6 @@ TEST_F(X11Style, RemovesTheControlsOneByOne) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskResizable);
   deliver();
-  // The first fields are the flags, the functions (resize 2, move 4, minimise 8, maximise 16, close
-  // 32) and the decorations (border 2, resize handles 4, title 8, menu 16, minimise 32, maximise
-  // 64).
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
@@ -63,12 +66,11 @@ TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
 }
 
 TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
-  // This `_MOTIF_WM_HINTS` allows all functions except closing (1 | 32). It also has fields that
-  // the style mask does not express, and an unusual type. This `WM_NORMAL_HINTS` has the length
-  // that older versions of the protocol define.
+  // `motifBefore` allows all functions except closing. CARDINAL is not the usual type.
   const Property motifBefore{.type = XCB_ATOM_CARDINAL,
                              .format = 32,
                              .bytes = motifHints({1 | 4, 1 | 32, 77, 2, 9}).bytes};
+  // ICCCM defines 18 fields. Older programs write only 15.
   const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
   const Property normalBefore = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, shortHints);
   client.setProperty(game, kMotifHints, motifBefore);
@@ -118,13 +120,13 @@ TEST_F(X11Style, RestoresHintsThatTheGameWroteDuringTheOverride) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
+TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeTheOverrideEnded) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  // The back end has not read the event of the game's write yet.
+  // The back end has not yet read the `PropertyNotify` event.
   system().setStyleMask(handle, kAllControls);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -134,7 +136,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  // The back end has not read the event of the game's write yet.
+  // The back end has not yet read the `PropertyNotify` event.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
@@ -143,7 +145,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeAnOverrideThatEndsAtOnce) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeAShortOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
@@ -153,14 +155,14 @@ TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeAnOverrideThatEndsAtOnce
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoStyleMasks) {
+TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoChangesOfTheStyleMask) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskClosable);
   client.waitForServer();
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
   client.waitForServer();
-  // The back end has not read the event of the game's write yet.
+  // The back end has not yet read the `PropertyNotify` event.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
@@ -169,7 +171,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoStyleMasks) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
+TEST_F(X11Style, DoesNotChangeWmProtocols) {
   const auto protocols = client.property(game, "WM_PROTOCOLS");
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -177,7 +179,7 @@ TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
   EXPECT_EQ(client.property(game, "WM_PROTOCOLS"), protocols);
 }
 
-TEST_F(X11Style, ReportsThatNoControlsAreOfferedWithoutAWindowManager) {
+TEST_F(X11Style, ReportsNoRemainingControlsWithoutAWindowManager) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
@@ -192,7 +194,7 @@ class X11StyleWithManager : public X11Test {
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     return game;
   }
-  /// The actions for closing, miniaturising and resizing that the manager allows.
+  /// Returns which of the actions close, minimise and resize the window manager allows.
   std::vector<std::string> allowedActions(xcb_window_t game) {
     std::vector<std::string> actions = client.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
@@ -216,7 +218,7 @@ TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizin
   EXPECT_TRUE(waitFor([&] { return allowedActions(game).size() == 3; }));
 }
 
-TEST_F(X11StyleWithManager, TheRemovedControlsThatOpenboxStillOffersAreReported) {
+TEST_F(X11StyleWithManager, ReportsTheRemovedControlsThatOpenboxStillOffers) {
   const xcb_window_t game = openManagedGame(Manager::Openbox);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);

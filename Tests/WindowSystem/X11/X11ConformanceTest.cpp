@@ -1,4 +1,5 @@
-// Runs the conformance suite on the X11 back end, with and without a window manager.
+// Every back end must pass the conformance tests. This file runs them on the X11 back end, with and
+// without a window manager.
 #include <stdexcept>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -11,7 +12,7 @@ class X11Display final : public TestDisplay {
  public:
   explicit X11Display(Manager manager)
       : client_(server_.display()), manager_(startManager(manager, server_, client_)) {
-    otherWindow_ = openVisibleGameWindow({900, 600, 100, 100});
+    otherApplicationsWindow_ = openVisibleWindow({900, 600, 100, 100});
     std::string error;
     system_ = X11WindowSystem::open(server_.display(), error);
     if (system_ == nullptr) {
@@ -20,7 +21,7 @@ class X11Display final : public TestDisplay {
   }
 
   WindowSystem& system() override { return *system_; }
-  void userGoesToAnotherApplication() override { client_.focus(otherWindow_); }
+  void userGoesToAnotherApplication() override { client_.focus(otherApplicationsWindow_); }
   void userComesBackTo(WindowHandle window) override { client_.focus(idOf(window)); }
   void userClosesWindow(WindowHandle window) override {
     client_.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
@@ -39,21 +40,21 @@ class X11Display final : public TestDisplay {
   void ownerDestroysWindow(WindowHandle window) override { client_.destroy(idOf(window)); }
   void serverClosesConnection() override { server_.kill(); }
   std::optional<NativeWindow> openForeignWindow() override {
-    return X11WindowId{openVisibleGameWindow({100, 100, 200, 160})};
+    return X11WindowId{openVisibleWindow({100, 100, 200, 160})};
   }
 
  private:
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
-  xcb_window_t openVisibleGameWindow(PixelRect frame) {
-    const xcb_window_t game = client_.openGameWindow(frame, 0);
-    eventually([this, game] { return client_.isViewable(game); });
-    return game;
+  xcb_window_t openVisibleWindow(PixelRect frame) {
+    const xcb_window_t window = client_.openGameWindow(frame, 0);
+    eventually([this, window] { return client_.isViewable(window); });
+    return window;
   }
 
   XServer server_;
   XClient client_;
   Process manager_;
-  xcb_window_t otherWindow_ = 0;  // gets the focus when the user leaves the application
+  xcb_window_t otherApplicationsWindow_ = 0;
   std::unique_ptr<X11WindowSystem> system_;
 };
 
@@ -62,7 +63,7 @@ std::unique_ptr<TestDisplay> openDisplay() {
   return std::make_unique<X11Display>(kManager);
 }
 
-Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bool hasManager) {
+Backend x11Backend(const char* name, std::unique_ptr<TestDisplay> (*open)(), bool hasManager) {
   return {.name = name,
           .open = open,
           .adoptsWindows = true,
@@ -76,9 +77,9 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
 
 INSTANTIATE_TEST_SUITE_P(
     X11, Conformance,
-    testing::Values(backendWith("WithoutAManager", openDisplay<Manager::None>, false),
-                    backendWith("UnderMetacity", openDisplay<Manager::Metacity>, true),
-                    backendWith("UnderOpenbox", openDisplay<Manager::Openbox>, true)),
+    testing::Values(x11Backend("WithoutAManager", openDisplay<Manager::None>, false),
+                    x11Backend("UnderMetacity", openDisplay<Manager::Metacity>, true),
+                    x11Backend("UnderOpenbox", openDisplay<Manager::Openbox>, true)),
     nameOfBackend);
 
 }  // namespace

@@ -1,4 +1,4 @@
-// For builds without the Wayland back end.
+// Only builds without the Wayland back end compile this file.
 #include "Tests/Support/X11/Xwayland.h"
 
 namespace vel::test {
