@@ -64,8 +64,8 @@ class ScriptedWindowSystem final : public WindowSystem {
   /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// If true, each operation makes a report due: `nextDeadline` returns 0, which means now, until
-  /// the next `deliverEvents`.
+  /// If true, `nextDeadline` returns 0 after each operation until the next `deliverEvents`, as if
+  /// the operation had caused a report. 0 means now.
   bool operationsCauseReports = false;
 
  private:
@@ -93,8 +93,8 @@ class ApplicationTest : public EventRecordingTest {
   }
 };
 
-/// A host that polls the run loop's descriptor in real time and calls AppKit between two passes of
-/// the run loop.
+/// Acts as a host, the program that uses the library: polls the run loop's descriptor in real time,
+/// and calls AppKit between two passes of the run loop.
 class PollingHostTest : public ApplicationTest {
  protected:
   PollingHostTest() {
@@ -214,7 +214,7 @@ TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNextApplicat
   EXPECT_EQ(windowOrder(), Events{"A"});
 }
 
-TEST_F(ApplicationTest, AWindowStoresItsPropertiesButDoesNotOpenWithoutAnApplication) {
+TEST_F(ApplicationTest, AWindowOfAStoppedApplicationStoresItsPropertiesButDoesNotOpen) {
   const auto window = openWindow("A");
   NSApplication::stop();
   window->makeKeyAndOrderFront();

@@ -8,15 +8,15 @@ namespace {
 
 class LifeCycleTest : public EventRecordingTest {
  protected:
-  const Events kAppears{"view will appear", "view did appear"};
-  const Events kDisappears{"view will disappear", "view did disappear"};
+  const Events kAppearEvents{"view will appear", "view did appear"};
+  const Events kDisappearEvents{"view will disappear", "view did disappear"};
 
   Strong<NSWindow> window = openWindow("A");
 };
 
 TEST_F(LifeCycleTest, AViewAddedToAnOpenWindowAppears) {
   const auto controller = addController(window, "view");
-  EXPECT_EQ(recorder.takeEvents(), kAppears);
+  EXPECT_EQ(recorder.takeEvents(), kAppearEvents);
   EXPECT_TRUE(controller->isShown());
 }
 
@@ -32,7 +32,7 @@ TEST_F(LifeCycleTest, AViewOutsideAWindowDoesNotAppear) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LifeCycleTest, AnAddedViewIsInItsWindowInWillAppearAndDidAppear) {
+TEST_F(LifeCycleTest, AnAddedViewHasItsWindowDuringWillAppearAndDidAppear) {
   const auto controller = makeController("view");
   Events windows;
   const auto recordWindow = [&] { windows.push_back(nameOf(controller->view()->window())); };
@@ -46,7 +46,7 @@ TEST_F(LifeCycleTest, AViewAppearsWhenItsWindowOpens) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   closedWindow->orderFront();
-  EXPECT_EQ(recorder.takeEvents(), kAppears);
+  EXPECT_EQ(recorder.takeEvents(), kAppearEvents);
 }
 
 TEST_F(LifeCycleTest, OrderingAnOpenWindowFrontCallsNoLifeCycleMethod) {
@@ -57,21 +57,21 @@ TEST_F(LifeCycleTest, OrderingAnOpenWindowFrontCallsNoLifeCycleMethod) {
   EXPECT_EQ(recorder.takeEvents(), Events{"A becomes key"});
 }
 
-TEST_F(LifeCycleTest, AnOpeningWindowIsOpenButNotOnScreenInWillAppear) {
+TEST_F(LifeCycleTest, AnOpeningWindowIsVisibleButNotOnScreenDuringWillAppear) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
-  bool isOpen = false;
+  bool isVisible = false;
   Events windowsOnScreen;
   recorder.onNext("view will appear", [&] {
-    isOpen = closedWindow->isVisible();
+    isVisible = closedWindow->isVisible();
     windowsOnScreen = windowOrder();
   });
   closedWindow->orderFront();
-  EXPECT_TRUE(isOpen);
+  EXPECT_TRUE(isVisible);
   EXPECT_EQ(windowsOnScreen, Events{"A"});
 }
 
-TEST_F(LifeCycleTest, AnOpeningWindowIsOnScreenInDidAppear) {
+TEST_F(LifeCycleTest, AnOpeningWindowIsOnScreenDuringDidAppear) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   Events windowsOnScreen;
@@ -93,7 +93,7 @@ TEST_F(LifeCycleTest, TheContentViewControllerOfAnOpenWindowAppears) {
   recorder.onNext("view will appear",
                   [&] { EXPECT_EQ(window->contentView(), controller->view()); });
   window->setContentViewController(controller);
-  EXPECT_EQ(recorder.takeEvents(), kAppears);
+  EXPECT_EQ(recorder.takeEvents(), kAppearEvents);
   EXPECT_EQ(window->contentViewController(), controller);
   EXPECT_EQ(controller->view()->frame(), CGRectMake(0, 0, 1000, 600));  // fills the window
 }
@@ -106,11 +106,11 @@ TEST_F(LifeCycleTest, AReplacedContentViewControllerDisappearsBeforeTheNewOneApp
                                            "view will appear", "view did appear"}));
 }
 
-TEST_F(LifeCycleTest, RemovingTheContentViewControllerLeavesAPlainView) {
+TEST_F(LifeCycleTest, RemovingTheContentViewControllerLeavesAViewWithoutAController) {
   window->setContentViewController(makeController("view"));
   recorder.takeEvents();
   window->setContentViewController(nullptr);
-  EXPECT_EQ(recorder.takeEvents(), kDisappears);
+  EXPECT_EQ(recorder.takeEvents(), kDisappearEvents);
   ASSERT_NE(window->contentView(), nullptr);
   EXPECT_EQ(window->contentView()->viewController(), nullptr);
 }
@@ -131,7 +131,7 @@ TEST_F(LifeCycleTest, ARemovedViewDisappears) {
   recorder.onNext("view will disappear", recordWindow);
   recorder.onNext("view did disappear", recordWindow);
   controller->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.takeEvents(), kDisappears);
+  EXPECT_EQ(recorder.takeEvents(), kDisappearEvents);
   EXPECT_EQ(windows, (Events{"A", "none"}));
   EXPECT_FALSE(controller->isShown());
 }
@@ -140,7 +140,7 @@ TEST_F(LifeCycleTest, ARemovedContentViewDisappears) {
   window->setContentViewController(makeController("view"));
   recorder.takeEvents();
   window->contentView()->removeFromSuperview();
-  EXPECT_EQ(recorder.takeEvents(), kDisappears);
+  EXPECT_EQ(recorder.takeEvents(), kDisappearEvents);
   EXPECT_EQ(window->contentView(), nullptr);
 }
 
@@ -153,12 +153,12 @@ TEST_F(LifeCycleTest, AViewDisappearsWhenItsWindowCloses) {
   recorder.onNext("view did disappear",
                   [&] { states.push_back(windowOrder().empty() ? "off screen" : "on screen"); });
   window->close();
-  EXPECT_EQ(recorder.takeEvents(), kDisappears);
+  EXPECT_EQ(recorder.takeEvents(), kDisappearEvents);
   EXPECT_EQ(states, (Events{"on screen", "off screen"}));
   EXPECT_EQ(controller->view()->superview(),
             window->contentView());  // The view stays in the closed window.
   window->orderFront();
-  EXPECT_EQ(recorder.takeEvents(), kAppears);
+  EXPECT_EQ(recorder.takeEvents(), kAppearEvents);
 }
 
 TEST_F(LifeCycleTest, MethodsAreCalledOnOuterControllersBeforeInnerControllers) {
@@ -237,7 +237,7 @@ TEST_F(LifeCycleTest, AViewMovedToAClosedWindowDisappears) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   makeClosedWindow("B")->contentView()->addSubview(controller->view());
-  EXPECT_EQ(recorder.takeEvents(), kDisappears);
+  EXPECT_EQ(recorder.takeEvents(), kDisappearEvents);
 }
 
 TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
@@ -254,7 +254,7 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
 
 // Life-cycle methods that the host calls. The host is the program that uses the library.
 
-TEST_F(LifeCycleTest, RemovalDoesNotRepeatADisappearMethodThatTheHostHasCalled) {
+TEST_F(LifeCycleTest, RemovingAViewDoesNotRepeatADisappearMethodThatTheHostHasCalled) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   controller->viewDidDisappear();
@@ -263,7 +263,7 @@ TEST_F(LifeCycleTest, RemovalDoesNotRepeatADisappearMethodThatTheHostHasCalled) 
   EXPECT_EQ(recorder.takeEvents(), Events{"view will disappear"});
 }
 
-TEST_F(LifeCycleTest, RemovalCallsNoDisappearMethodIfTheHostHasCalledBoth) {
+TEST_F(LifeCycleTest, RemovingAViewCallsNoDisappearMethodIfTheHostHasCalledBoth) {
   const auto controller = addController(window, "view");
   controller->viewWillDisappear();
   controller->viewDidDisappear();
@@ -302,7 +302,7 @@ TEST_F(LifeCycleTest, TheHostsCallOfADisappearMethodDoesNotAffectTheNextAppearan
                                            "view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleTest, RemovalRepeatsTheHostsCallIfTheOverrideDoesNotCallTheBaseMethod) {
+TEST_F(LifeCycleTest, RemovingAViewRepeatsTheHostsCallIfTheOverrideSkipsTheBaseMethod) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:

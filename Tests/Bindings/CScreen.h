@@ -1,5 +1,5 @@
-// Simulates a host, which is a program that uses the C interface. The launch screen is on the
-// headless display. It uses virtual time, which advances only in vel_run.
+// Test support for the C interface. The launch screen is on the headless display and uses virtual
+// time. Virtual time advances only in vel_run.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,18 +13,20 @@
 
 namespace vel::test {
 
-/// Records each callback, and then calls `onCallback`.
+/// Acts as a host: a program that uses the C interface. Each callback records its call and then
+/// calls `onCallback`.
 struct CHost {
-  /// One line for each callback except log_line: the callback's name and its arguments.
+  /// One line for each call: the callback's name and its arguments. Calls of log_line are not
+  /// included.
   std::vector<std::string> callbackLines;
   /// The lines that log_line has received.
   std::vector<std::string> log;
-  /// The result of may_disappear.
+  /// The value that may_disappear returns.
   bool mayDisappear = true;
-  /// Called inside each callback with the callback's name. May be empty.
+  /// Called with the callback's name. May be empty.
   std::function<void(const std::string& callback)> onCallback;
 
-  /// Callbacks that call this host. No member is null.
+  /// Returns callbacks that record their calls in this object. Every function pointer is set.
   [[nodiscard]] VelCallbacks callbacks();
   void recordCallback(const std::string& callback, const std::string& details = {});
 };
@@ -32,21 +34,22 @@ struct CHost {
 /// Options for the headless display and virtual time.
 VelCreateOptions virtualTimeOptions(const VelCallbacks* callbacks = nullptr);
 
-/// In mode "skip", the host may dismiss the launch screen at any time. Null means mode "forced".
+/// `mode` is "skip" or "forced"; null means "forced". In mode "skip", the host may dismiss the
+/// launch screen at any time.
 VelRequest makeRequest(const char* event, double seconds, const char* mode = nullptr);
 
 /// The window system of the launch screen. It also simulates a user and a window manager.
 HeadlessWindowSystem& windowSystem();
 
-/// Creates a launch screen before each test and destroys it afterwards.
+/// Creates `screen` before each test and destroys it afterwards.
 class CBindingTest : public testing::Test {
  protected:
   CBindingTest();
   ~CBindingTest() override;
 
-  /// Destroys the launch screen and creates another launch screen with `options`.
+  /// Destroys `screen` and creates it again with `options`.
   void createAgain(const VelCreateOptions& options);
-  /// Requests and presents a launch screen. Fails the test if either call fails.
+  /// Calls vel_request and vel_present. Fails the test if either call fails.
   void present(VelPresentation presentation, double seconds, const char* mode = nullptr);
   [[nodiscard]] double secondsLeft() const;
   [[nodiscard]] bool isUp() const;

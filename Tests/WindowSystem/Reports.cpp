@@ -10,7 +10,7 @@ namespace vel::test {
 
 namespace {
 
-// The maximum time between two evaluations of a condition.
+// The maximum time between two evaluations of the condition in `eventually` and `deliverUntil`.
 constexpr Nanoseconds kPollInterval = kNanosecondsPerSecond / 100;
 
 }  // namespace
@@ -77,9 +77,9 @@ void waitForInput(int descriptor, Nanoseconds deadline) {
 }
 
 bool eventually(const std::function<bool()>& condition) {
-  const Nanoseconds limit = steadyNow() + kTimeout;
+  const Nanoseconds deadline = steadyNow() + kTimeout;
   while (!condition()) {
-    if (steadyNow() >= limit) {
+    if (steadyNow() >= deadline) {
       return false;
     }
     waitForInput(-1, steadyNow() + kPollInterval);  // without a descriptor, this only sleeps
@@ -88,14 +88,14 @@ bool eventually(const std::function<bool()>& condition) {
 }
 
 bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) {
-  const Nanoseconds limit = steadyNow() + kTimeout;
+  const Nanoseconds deadline = steadyNow() + kTimeout;
   while (true) {
     system.deliverEvents();
     if (condition()) {
       return true;
     }
     const Nanoseconds now = steadyNow();
-    if (now >= limit) {
+    if (now >= deadline) {
       return false;
     }
     waitForInput(system.waitHandle().descriptor(),
@@ -106,7 +106,8 @@ bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) 
 void deliverAll(WindowSystem& system) {
   while (system.deliverEvents()) {
   }
-  // This call fails, but it blocks until the window system has processed all earlier requests.
+  // The adoption fails. But first, `adoptWindow` waits until the window system has processed all
+  // earlier requests.
   std::string error;
   system.adoptWindow(X11WindowId{1}, error);
   while (system.deliverEvents()) {

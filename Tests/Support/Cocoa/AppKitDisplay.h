@@ -12,11 +12,11 @@ namespace vel::test {
 /// connects to only one server while a process runs, so all tests of a process share this object.
 class AppKitDisplay : NonCopyable {
  public:
-  /// The first call starts the server, and sets the environment variables that AppKit reads.
+  /// The first call starts the server and the window manager, and sets DISPLAY for AppKit.
   static AppKitDisplay& shared();
 
  private:
-  // The first member, so its destructor runs last. The destructor kills all child processes.
+  // Must be the first member: its destructor kills all child processes, so it must run last.
   AppKitEnvironment environment_;
 
  public:
@@ -27,16 +27,15 @@ class AppKitDisplay : NonCopyable {
 
   /// Returns the X window of an NSWindow.
   [[nodiscard]] static xcb_window_t idOf(NSWindow* window);
-  /// Returns true if the window is key and has the focus of the X server. Otherwise asks the window
-  /// manager to activate the window, at most twice per second, and returns false. Call this until
-  /// it returns true: AppKit's request for the focus can fail. The request contains the time of
-  /// AppKit's last event. The X server ignores the request if the focus has changed after that
-  /// time.
+  /// Returns true if the window is key and has the focus of the X server. Otherwise returns false
+  /// and asks the window manager to activate the window, at most twice per second. Call this until
+  /// it returns true. One activation may not be enough: AppKit then requests the focus with the
+  /// time of its last event, and the X server ignores the request if the focus has changed since.
   bool giveFocus(NSWindow* window);
-  /// Returns true if no window of AppKit is key and `window`, which belongs to another program, has
-  /// the focus of the X server. Otherwise gives the focus to `window`, at most twice per second,
-  /// and returns false. Call this until it returns true: after a window has closed, the window
-  /// manager may take the focus from `window` again.
+  /// Returns true if `window` has the focus of the X server and no window of AppKit is key.
+  /// Otherwise returns false and gives the focus to `window`, at most twice per second. `window`
+  /// belongs to another program. Call this until it returns true: when a window closes, the window
+  /// manager may move the focus away from `window`.
   bool giveFocusToOtherProgram(xcb_window_t window);
   /// Waits until the window manager has executed all earlier requests of `client`.
   void waitForManager();

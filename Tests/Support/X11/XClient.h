@@ -31,7 +31,7 @@ struct Picture {
   /// The number of pixels of each colour.
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
-  /// The bounding rectangle of the pixels that do not have this colour. Empty if there are none.
+  /// The bounding rectangle of the pixels of other colours. Empty if all pixels have this colour.
   [[nodiscard]] PixelRect boundsOfPixelsExcept(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
   static Picture readPng(const std::string& file);
@@ -46,10 +46,10 @@ class XClient : NonCopyable {
   explicit XClient(const std::string& display);
   ~XClient();
 
-  /// Call this if the server is the Xwayland of a compositor. The compositor runs in a window of
-  /// another X server, and `user` is a client of that X server. After the call, `user` captures the
-  /// screen, moves the pointer and presses keys for this object. A point must have the same
-  /// coordinates on both servers.
+  /// Makes `user` capture the screen, move the pointer and press keys for this object. Call this if
+  /// the X server of this object is the Xwayland of a compositor: the compositor runs in a
+  /// window of another X server, and `user` is a client of that other server. A point must have the
+  /// same coordinates on both servers.
   void setUser(XClient& user) { user_ = &user; }
 
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
@@ -84,7 +84,7 @@ class XClient : NonCopyable {
   /// The property's numbers; empty if the window does not have the property.
   [[nodiscard]] std::vector<std::uint32_t> numbers(xcb_window_t window,
                                                    std::string_view name) const;
-  /// The names of the property's atoms.
+  /// The names of the property's atoms; empty if the window does not have the property.
   [[nodiscard]] std::vector<std::string> atomNames(xcb_window_t window,
                                                    std::string_view name) const;
 
@@ -102,8 +102,8 @@ class XClient : NonCopyable {
   void requestActivation(xcb_window_t window);
   /// Sends `WM_CHANGE_STATE` to the window manager to miniaturise the window.
   void requestIconify(xcb_window_t window);
-  /// Sends `_NET_WM_STATE` to the window manager to add one or two states, as the window's owner
-  /// does.
+  /// Sends `_NET_WM_STATE` to the window manager to add one or two states, as the program that
+  /// owns the window does.
   void requestAddStates(xcb_window_t window, std::string_view state,
                         std::string_view secondState = "");
   /// Sends `_NET_WM_STATE` to remove one or two states.
@@ -118,12 +118,10 @@ class XClient : NonCopyable {
   [[nodiscard]] xcb_window_t findWindow(std::string_view classOrTitle,
                                         xcb_window_t ancestor = 0) const;
 
-  /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
   /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
-  /// on the screen. After `setUser`, the picture contains the pointer, except in the lower right
-  /// corner of the screen: `click` leaves the pointer in this corner, and the function paints over
-  /// it.
+  /// on the screen. After `setUser`, the picture also shows the pointer, unless the pointer is in
+  /// the lower right corner of the screen. `click` leaves the pointer in this corner.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
@@ -135,7 +133,7 @@ class XClient : NonCopyable {
   void click(int x, int y);
   /// Presses and releases a key.
   void typeKey(std::uint8_t code);
-  /// Sets `_NET_WM_USER_TIME` to the current time, as toolkits do at user input.
+  /// Sets `_NET_WM_USER_TIME` to the current time, as toolkits do when they receive user input.
   void updateUserTime(xcb_window_t window);
   /// The server's time in milliseconds. `window` must be a window of this client.
   [[nodiscard]] xcb_timestamp_t serverTime(xcb_window_t window);

@@ -1,5 +1,6 @@
-// The requests that a compositor receives for a cover. A cover is a subsurface that the back end
-// opens over the surface of a host. The host shares its Wayland connection with the back end.
+// Covers on a compositor that records the requests of its clients. A host is a program that uses
+// the library. The host shares its Wayland connection with the back end. A cover is a subsurface
+// that the back end opens over the host's surface.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -26,14 +27,14 @@ constexpr CGSize kSize{301, 201};
 constexpr CGSize kLargeSize{400, 260};
 // The spinner is in the middle of the cover.
 constexpr double kSpinnerSide = 32;
-constexpr double kSmallSpinnerSide = 2;  // is drawn quickly
+constexpr double kSmallSpinnerSide = 2;  // is fast to draw
 
-Scene white(CGSize size) {
+Scene whiteScene(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene whiteWithSpinner(CGSize size, double side = kSpinnerSide) {
-  Scene scene = white(size);
+Scene whiteSceneWithSpinner(CGSize size, double side = kSpinnerSide) {
+  Scene scene = whiteScene(size);
   scene.push_back(
       {.kind = SceneItem::Kind::Spinner,
        .frame = CGRectMake((size.width - side) / 2, (size.height - side) / 2, side, side),
@@ -60,10 +61,10 @@ class NoNewFiles {
   rlimit previous_{};
 };
 
-/// The back end on the connection of a host.
+/// A compositor, a host, and the back end on the host's connection.
 class WaylandCoverRequests : public testing::Test {
  protected:
-  /// Opens the window of the host and adopts it.
+  /// Opens the host's window and the back end, and adopts the window.
   void start() {
     host = std::make_unique<SurfaceHost>(compositor.display(), "game", kSize, kGreen);
     hostSurface = wl_proxy_get_id(reinterpret_cast<wl_proxy*>(host->window().surface));
@@ -111,9 +112,9 @@ class WaylandCoverRequests : public testing::Test {
 TEST_F(WaylandCoverRequests, TheBackEndCommitsTheHostsSurfaceOnlyWhenACoverOpens) {
   start();
   const int commitCount = compositor.surface(hostSurface).commitCount;
-  show(white(kSize), kSize);
+  show(whiteScene(kSize), kSize);
   EXPECT_EQ(compositor.children(hostSurface).size(), 1U);
-  show(whiteWithSpinner(kLargeSize), kLargeSize);
+  show(whiteSceneWithSpinner(kLargeSize), kLargeSize);
   show({}, kLargeSize);
   EXPECT_EQ(compositor.children(hostSurface).size(), 0U);
   EXPECT_EQ(compositor.surface(hostSurface).commitCount, commitCount + 1);
@@ -125,7 +126,7 @@ TEST_F(WaylandCoverRequests, TheSpinnerFollowsTheFractionalScale) {
   compositor.addGlobal("wp_viewporter");
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithSpinner(kSize), kSize);
+  show(whiteSceneWithSpinner(kSize), kSize);
   for (const double scale : {1.25, 1.5, 2.0, 1.0, 3.0, 1.25}) {
     SCOPED_TRACE(scale);
     compositor.setScale(cover().id, scale);
@@ -141,21 +142,21 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
   compositor.addGlobal("wp_viewporter");
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithSpinner(kSize), kSize);
+  show(whiteSceneWithSpinner(kSize), kSize);
   compositor.setScale(cover().id, 1.5);
   exchange();
-  show(whiteWithSpinner(kLargeSize), kLargeSize);
+  show(whiteSceneWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
   EXPECT_EQ(spinner().bufferSize, squareOf(1.5 * kSpinnerSide));
   EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
 }
 
-// The back end binds no output on the connection of a host, so it does not know the scale of the
-// screen. It draws for the scale 2.
-TEST_F(WaylandCoverRequests, TheScaleOfTheSpinnerIsTwoWithoutViewporter) {
+// Without viewporter, the back end does not use the fractional scale. On the connection of a host,
+// it then always draws spinners for the scale 2.
+TEST_F(WaylandCoverRequests, TheSpinnerHasScaleTwoWithoutViewporter) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
-  show(whiteWithSpinner(kSize), kSize);
+  show(whiteSceneWithSpinner(kSize), kSize);
   EXPECT_EQ(cover().bufferSize, kSize);
   EXPECT_EQ(cover().bufferScale, 1);
   EXPECT_EQ(spinner().bufferSize, squareOf(2 * kSpinnerSide));
@@ -164,14 +165,14 @@ TEST_F(WaylandCoverRequests, TheScaleOfTheSpinnerIsTwoWithoutViewporter) {
 
 TEST_F(WaylandCoverRequests, ANewViewporterIsUsedForTheNextCover) {
   start();
-  show(whiteWithSpinner(kSize), kSize);
+  show(whiteSceneWithSpinner(kSize), kSize);
   compositor.addGlobal("wp_viewporter");
   exchange();
-  show(whiteWithSpinner(kLargeSize), kLargeSize);
+  show(whiteSceneWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
   EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
   show({}, kLargeSize);
-  show(white(kLargeSize), kLargeSize);
+  show(whiteScene(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().destination, kLargeSize);
 }
 
@@ -185,7 +186,7 @@ TEST_F(WaylandCoverRequests, TheBackEndBindsNoOutputOnTheConnectionOfAHost) {
 
 // Seats
 
-TEST_F(WaylandCoverRequests, TheFocusEndsWhenItsSeatIsRemoved) {
+TEST_F(WaylandCoverRequests, TheFocusEndsWhenTheSeatThatGaveItIsRemoved) {
   const int seat = compositor.addSeat();
   start();
   takeReports();
@@ -209,7 +210,7 @@ TEST_F(WaylandCoverRequests, TheFocusStaysWhenAnotherSeatIsRemoved) {
 
 TEST_F(WaylandCoverRequests, ANewSeatCanFocusTheWindow) {
   start();
-  show(white(kSize), kSize);
+  show(whiteScene(kSize), kSize);
   // Without a seat, no window has the focus.
   EXPECT_THAT(takeReports(), ElementsAre("deactivated"));
   const int seat = compositor.addSeat();
@@ -221,7 +222,7 @@ TEST_F(WaylandCoverRequests, ANewSeatCanFocusTheWindow) {
 TEST_F(WaylandCoverRequests, TheFocusStaysWhenTheKeyboardMovesToTheCover) {
   const int seat = compositor.addSeat();
   start();
-  show(white(kSize), kSize);
+  show(whiteScene(kSize), kSize);
   compositor.enterKeyboard(seat, hostSurface);
   takeReports();
   compositor.leaveKeyboard(seat, hostSurface);
@@ -232,25 +233,25 @@ TEST_F(WaylandCoverRequests, TheFocusStaysWhenTheKeyboardMovesToTheCover) {
 
 // Objects
 
-TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoObjectsInTheCompositor) {
+TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoAdditionalObjectsInTheCompositor) {
   compositor.addGlobal("wp_viewporter");
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   const int seat = compositor.addSeat();
   start();
   compositor.enterKeyboard(seat, hostSurface);
   exchange();
-  const std::map<std::string, int> objects = compositor.objects();
-  for (int i = 0; i < 500; ++i) {  // each pass opens two covers
-    system->setScene(window, whiteWithSpinner(kSize, kSmallSpinnerSide));
+  const std::map<std::string, int> objectsBefore = compositor.objects();
+  for (int i = 0; i < 500; ++i) {  // each iteration opens two covers
+    system->setScene(window, whiteSceneWithSpinner(kSize, kSmallSpinnerSide));
     exchange();
     system->setScene(window, {});
-    system->setScene(window, whiteWithSpinner(kSize, kSmallSpinnerSide));
+    system->setScene(window, whiteSceneWithSpinner(kSize, kSmallSpinnerSide));
     exchange();
     system->releaseWindow(window);
     window = adopt();
   }
   exchange();
-  EXPECT_EQ(compositor.objects(), objects);
+  EXPECT_EQ(compositor.objects(), objectsBefore);
 }
 
 // Buffers
@@ -258,20 +259,20 @@ TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoObjectsInTheCompositor) {
 TEST_F(WaylandCoverRequests, AFailedAllocationOfABufferIsLoggedAndTheNextSceneIsShown) {
   compositor.addGlobal("wp_viewporter");
   start();
-  show(white(kSize), kSize);
+  show(whiteScene(kSize), kSize);
   std::vector<std::string> logLines;
   const NSLogSink previousSink =
       setNSLogSink([&logLines](std::string_view line) { logLines.emplace_back(line); });
   {
     const NoNewFiles noNewFiles;
     system->setFrame(window, {{}, kLargeSize});
-    system->setScene(window, whiteWithSpinner(kLargeSize));
+    system->setScene(window, whiteSceneWithSpinner(kLargeSize));
   }
   setNSLogSink(previousSink);
   EXPECT_THAT(logLines, Contains(StartsWith("Wayland: shared memory of 1024 bytes cannot be")));
   exchange();
   EXPECT_EQ(cover().size(), kSize);
-  show(whiteWithSpinner(kLargeSize), kLargeSize);
+  show(whiteSceneWithSpinner(kLargeSize), kLargeSize);
   EXPECT_EQ(cover().size(), kLargeSize);
   EXPECT_EQ(spinner().size(), squareOf(kSpinnerSide));
 }
@@ -279,7 +280,7 @@ TEST_F(WaylandCoverRequests, AFailedAllocationOfABufferIsLoggedAndTheNextSceneIs
 TEST_F(WaylandCoverRequests, AProtocolErrorIsReportedAsALostDisplay) {
   start();
   compositor.refusePools();
-  system->setScene(window, white(kSize));
+  system->setScene(window, whiteScene(kSize));
   compositor.handleRequests();
   while (system->deliverEvents()) {
   }

@@ -13,10 +13,11 @@ namespace {
 
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr PixelRect kGameFrame{100, 100, 500, 320};
-/// The part of the screen without the pointer.
+/// The part of the screen in which the tests look for green pixels. The pointer is outside this
+/// part.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 
-Scene white(CGSize size) {
+Scene whiteScene(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
@@ -58,7 +59,7 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
              compositor->picture(area).isAll(kGreen);
     });
   }
-  /// Waits until an area is white and no pixel of the game is visible.
+  /// Waits until `whiteArea` is white and no pixel of the game is visible.
   bool becomesWhite(PixelRect whiteArea) {
     return waitFor(
         [&] { return greenArea().width == 0 && compositor->picture(whiteArea).isAll(kWhite); });
@@ -71,11 +72,11 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
   ReportListener reports;
   WindowHandle handle = WindowHandle::None;
   NSWindowStyleMask styleMask = 0;
-  PixelRect area;  // the area of the window on the screen
+  PixelRect area;  // the area of the game's window on the screen
 };
 
 TEST_P(Xwayland, TheCoverHidesTheGameUntilTheCoverIsRemoved) {
-  system->setScene(handle, white({500, 320}));
+  system->setScene(handle, whiteScene({500, 320}));
   system->setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(becomesWhite(area));
   compositor->picture().save("xwayland-" + nameOf(GetParam()));
@@ -85,19 +86,18 @@ TEST_P(Xwayland, TheCoverHidesTheGameUntilTheCoverIsRemoved) {
 }
 
 TEST_P(Xwayland, TheCoverFollowsTheSizeOfTheWindow) {
-  system->setScene(handle, white({500, 320}));
+  system->setScene(handle, whiteScene({500, 320}));
   ASSERT_TRUE(becomesWhite(area));
   client.configure(game, {100, 100, 600, 400});
-  // The window grows by 100 by 80 pixels, and the compositor centres it again. The window can be
-  // one pixel off if the frame that the compositor draws has an odd height. So the checked area is
-  // one pixel smaller on each side.
+  // The compositor centres the larger window. Depending on the height of the title bar, the window
+  // can be off by one pixel. So the checked area is one pixel smaller on each side.
   EXPECT_TRUE(becomesWhite({area.x - 50 + 1, area.y - 40 + 1, 600 - 2, 400 - 2}));
   system = nullptr;
   EXPECT_TRUE(becomesGreen(600, 400));
 }
 
 TEST_P(Xwayland, LosingAndRegainingTheFocusIsReported) {
-  system->setScene(handle, white({500, 320}));
+  system->setScene(handle, whiteScene({500, 320}));
   ASSERT_TRUE(becomesWhite(area));
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   EXPECT_TRUE(waitFor([this] { return reports.contains("deactivated"); }));

@@ -1,4 +1,5 @@
-// The documented limits of covers: cases in which the game is visible or receives input.
+// A cover hides the content of a window and takes the window's pointer input. These tests check
+// cases in which it does not. An own window is a window that the back end opens.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -29,7 +30,7 @@ TEST_F(X11CoverLimits, AGameThatGrabsAButtonReceivesPressesOnTheCover) {
   EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_F(X11CoverLimits, ANewChildOfAWindowOfTheBackEndIsVisibleUntilTheCoverIsRaised) {
+TEST_F(X11CoverLimits, ANewChildOfAnOwnWindowIsVisibleUntilTheCoverIsRaised) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
   system().setScene(ownWindow, whiteScene({300, 200}));

@@ -40,6 +40,7 @@ TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
   adoptFocusedGame();
   client.focus(otherWindow);
   deliver();
+  // 0x0: no adopted window has the focus.
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
   reports.lines.clear();
   client.focus(game);
@@ -58,8 +59,8 @@ TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   adoptFocusedGame();
-  // The window already has the focus, so the request only adds a report for the next delivery. The
-  // release must remove this report.
+  // The window has the focus, so the request only schedules a report of the focus. The release must
+  // discard this report.
   system().requestFocus(handle);
   system().releaseWindow(handle);
   deliver();
@@ -84,7 +85,7 @@ TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   client.setProperty(client.root(), "_NET_SUPPORTING_WM_CHECK",
                      Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocusedGame();
-  // The back end looks for the check window at the latest 0.2 seconds after the style mask is set.
+  // The back end looks for the check window within 0.2 seconds after a change of the style mask.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
   client.focus(otherWindow);
@@ -110,6 +111,7 @@ TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
+// With the focus PointerRoot, the keyboard input goes to the window under the pointer.
 TEST_F(X11Focus, MovingThePointerIsNotAFocusChangeIfTheFocusIsPointerRoot) {
   client.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   adopt(game);
@@ -152,7 +154,7 @@ TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevelWindow) {
               ElementsAre(reportLine("focus", handle), reportLine("activated", handle)));
 }
 
-TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
+TEST_F(X11Focus, AFocusRequestSetsTheFocusIfThereIsNoWindowManager) {
   adoptFocusedGame();
   client.focus(otherWindow);
   deliver();
@@ -183,7 +185,7 @@ TEST_F(X11Focus, AFocusRequestForTheFocusedWindowReportsTheFocusAgain) {
 
 class X11FocusWithManager : public X11TestWithManager {};
 
-TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
+TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheWindowThatTheUserClicked) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
   const xcb_window_t otherWindow = client.openGameWindow(kOtherFrame, 0);
   const xcb_window_t windowToIconify = client.openGameWindow({10, 600, 100, 100}, 0);
@@ -204,8 +206,8 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
   }));
   system().requestFocus(handle);
   deliver();
-  // The window manager executes requests in order. When it has iconified a window, it has also
-  // processed the earlier focus request.
+  // The window manager executes requests in order. When it has iconified `windowToIconify`, it has
+  // also processed the focus request.
   client.requestIconify(windowToIconify);
   ASSERT_TRUE(waitFor([&] { return !client.isViewable(windowToIconify); }));
   EXPECT_EQ(client.focusedWindow(), otherWindow);

@@ -1,5 +1,5 @@
-// Covers over windows that are maximised or fullscreen, under real window managers. The owner is
-// the program that owns the window.
+// Covers over maximised and fullscreen windows, under real window managers. A cover hides the
+// content of a window. The owner is the program that owns the covered window, here a game.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -10,15 +10,15 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr NSWindowStyleMask kAllControls = 15;
+constexpr NSWindowStyleMask kAllControls = 15;  // the title bar and all controls
 constexpr std::string_view kFullscreen = "_NET_WM_STATE_FULLSCREEN";
 constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
 constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
 constexpr std::string_view kCannotMaximise =
     "the compositor does not maximise windows of X clients";
-// How many seconds the tests give a window manager to change the window.
+// In seconds. After this time, a window manager has finished its changes to the window.
 constexpr double kSettlingTime = 0.5;
 
 class X11MaximisedAndFullscreenWindows : public X11Test,
@@ -27,7 +27,7 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
   X11MaximisedAndFullscreenWindows() : X11Test(GetParam()) {}
 
   void SetUp() override {
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     deliverFor(0.2);  // the window manager adds a frame to the window
   }
@@ -40,8 +40,8 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
     handle = adopt(game).handle;
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
-    // The style mask excludes some controls. If the window manager publishes the allowed actions,
-    // the back end reports which of these controls the window manager still offers.
+    // The back end reports which controls the window manager still offers although the style mask
+    // excludes them. It does so only if the window manager publishes the allowed actions.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 || !featuresOf(GetParam()).publishesAllowedActions;
     }));
@@ -63,7 +63,7 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11MaximisedAndFullscreenWindows, StayMaximisedWhileCoveredAndAfterwards) {
+TEST_P(X11MaximisedAndFullscreenWindows, AMaximisedWindowStaysMaximisedWhileCoveredAndAfterwards) {
   if (!featuresOf(GetParam()).maximizes) {
     GTEST_SKIP() << kCannotMaximise;
   }
@@ -76,10 +76,11 @@ TEST_P(X11MaximisedAndFullscreenWindows, StayMaximisedWhileCoveredAndAfterwards)
   uncover();
   EXPECT_EQ(client.areaOnScreen(game), area);
   client.requestRemoveStates(game, kMaximizedVert, kMaximizedHorz);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGameFrame.width; }));
 }
 
-TEST_P(X11MaximisedAndFullscreenWindows, StayFullscreenWhileCoveredAndAfterwards) {
+TEST_P(X11MaximisedAndFullscreenWindows,
+       AFullscreenWindowStaysFullscreenWhileCoveredAndAfterwards) {
   client.requestAddStates(game, kFullscreen);
   ASSERT_TRUE(waitFor([&] { return client.areaOnScreen(game) == client.screenArea(); }));
   cover();
@@ -89,7 +90,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, StayFullscreenWhileCoveredAndAfterwards
   uncover();
   EXPECT_EQ(client.areaOnScreen(game), client.screenArea());
   client.requestRemoveStates(game, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGameFrame.width; }));
 }
 
 TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACoveredWindow) {
@@ -102,15 +103,15 @@ TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACo
   deliverFor(kSettlingTime);
   EXPECT_TRUE(isMaximised());
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGameFrame.width; }));
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
   uncover();
   EXPECT_TRUE(isMaximised());
 }
 
-// The back end processes no events between a request and its revocation.
-TEST_P(X11MaximisedAndFullscreenWindows, ACoveredWindowIsNormalAfterTheOwnerRevokesItsRequests) {
+// The back end processes no events until the owner has revoked its requests.
+TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanRevokeItsRequestsForACoveredWindow) {
   if (compositor != nullptr) {
     GTEST_SKIP() << "not tested on Xwayland";
   }
@@ -127,10 +128,10 @@ TEST_P(X11MaximisedAndFullscreenWindows, ACoveredWindowIsNormalAfterTheOwnerRevo
         std::array{kFullscreen, kMaximizedVert, kMaximizedHorz},
         [&](std::string_view state) { return std::ranges::find(states, state) != states.end(); });
   }));
-  // openbox makes the window fullscreen at the first request. It does not restore the size of a
-  // window whose Motif hints do not allow resizing.
+  // openbox makes the window fullscreen at the first request. It does not restore the size, because
+  // the Motif hints of the back end do not allow resizing.
   if (GetParam() != Manager::Openbox) {
-    EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+    EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGameFrame.width; }));
   }
 }
 

@@ -1,5 +1,5 @@
-// X servers without optional extensions. Xvfb can start without Render, but not without Shape. So
-// this file replaces a function of XCB to hide Shape and other extensions.
+// Covers on X servers without optional extensions. Xvfb can start without Render, but not without
+// Shape. So this file replaces a function of XCB to hide Shape and other extensions.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <xcb/damage.h>
@@ -18,7 +18,7 @@
 
 namespace {
 
-// The names of the extensions that this process does not see.
+// The names of the extensions that `xcb_get_extension_data` reports as absent.
 std::set<std::string>& hiddenExtensions() {
   static std::set<std::string> names;
   return names;
@@ -41,19 +41,19 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr CGSize kSize{640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
-constexpr const char* kNoSpinners =
+constexpr const char* kNoSpinnersLogLine =
     "X11: the display cannot draw indicators: it has no Render extension";
 
 class X11MissingExtension : public X11Test {
  protected:
   explicit X11MissingExtension(const std::vector<std::string>& serverArguments)
       : X11Test(Manager::None, serverArguments) {}
-  explicit X11MissingExtension(std::set<std::string> hidden) {
-    hiddenExtensions() = std::move(hidden);
+  explicit X11MissingExtension(std::set<std::string> extensionsToHide) {
+    hiddenExtensions() = std::move(extensionsToHide);
   }
   ~X11MissingExtension() override { hiddenExtensions().clear(); }
 
@@ -62,14 +62,12 @@ class X11MissingExtension : public X11Test {
   }
   bool gameReceivesClick() {
     client.takeEventTypes();
-    client.click(kGame.x + 50, kGame.y + 50);
+    client.click(kGameFrame.x + 50, kGameFrame.y + 50);
     return std::ranges::count(client.takeEventTypes(), XCB_BUTTON_PRESS) > 0;
   }
 
-  xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
 };
-
-// The spinner
 
 class X11NoRender : public X11MissingExtension {
  protected:
@@ -88,12 +86,12 @@ TEST_F(X11NoRender, TheCoverHasNoSpinnerAndTheReasonIsLoggedOnce) {
     deliver();
     EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   }
-  EXPECT_THAT(log, ElementsAre(kNoSpinners));
+  EXPECT_THAT(log, ElementsAre(kNoSpinnersLogLine));
 }
 
-// A cover has two parts: child windows of the game, and an overlay, which is a window above the
-// game. The overlay hides what the game draws over its child windows. Without the Shape extension,
-// a cover has no overlay.
+// A cover has two parts: child windows of the game's window, and an overlay. The overlay is a
+// window above the game's window. It hides what the game draws over the child windows. Without the
+// Shape extension, a cover has no overlay.
 
 class X11NoShape : public X11MissingExtension {
  protected:
@@ -144,7 +142,7 @@ TEST_F(X11NoShape, TheCoverReturnsAfterTheGameUnmapsOrDestroysTheCoversWindows) 
   }
 }
 
-// This is a documented limit of displays without the Shape extension.
+// This is a documented limit.
 TEST_F(X11NoShape, WhatTheGameDrawsOverItsChildWindowsIsVisible) {
   const xcb_gcontext_t context = xcb_generate_id(client.connection());
   const std::array<std::uint32_t, 2> values{kRed, XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS};
@@ -154,8 +152,6 @@ TEST_F(X11NoShape, WhatTheGameDrawsOverItsChildWindowsIsVisible) {
   xcb_poly_fill_rectangle(client.connection(), game, context, 1, &kArea);
   EXPECT_EQ(client.screenPicture(game).at(20, 20), kRed);
 }
-
-// None of the optional extensions
 
 class X11NoExtensions : public X11MissingExtension {
  protected:
@@ -170,6 +166,7 @@ TEST_F(X11NoExtensions, TheCoverIsWhiteAndTakesThePointerInput) {
   }
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   const AdoptedWindow adoptedWindow = adopt(game);
+  // y is measured from the bottom of the screen.
   EXPECT_EQ(adoptedWindow.frame, CGRectMake(200, 410, 640, 400));
   system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(kSize));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
@@ -182,7 +179,7 @@ TEST_F(X11NoExtensions, TheCoverIsWhiteAndTakesThePointerInput) {
   system().releaseWindow(adoptedWindow.handle);
   deliver();
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
-  EXPECT_THAT(log, ElementsAre(kNoSpinners));
+  EXPECT_THAT(log, ElementsAre(kNoSpinnersLogLine));
 }
 
 }  // namespace

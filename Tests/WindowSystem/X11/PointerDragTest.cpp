@@ -12,7 +12,7 @@ using x11::PointerDrag;
 constexpr xcb_window_t kWindow = 7;
 constexpr PixelRect kFrame{100, 200, 320, 240};
 
-TEST(PointerDragTest, TheWindowKeepsItsDistanceToThePointer) {
+TEST(PointerDragTest, TheWindowKeepsItsOffsetFromThePointer) {
   PointerDrag drag;
   drag.begin(kWindow, kFrame, 110, 230);
   drag.movePointer(150, 225);
