@@ -14,11 +14,10 @@
 
 namespace vel::test {
 
-/// Events or other short texts, such as the names of windows.
+/// A list of short texts: events, or the names of windows.
 using Events = std::vector<std::string>;
 
-/// A list of events, each a line of text. A test can run a function at the next occurrence of an
-/// event.
+/// Records events. A test can also react to the next occurrence of an event.
 class EventRecorder {
  public:
   void record(const std::string& event) {
@@ -40,7 +39,7 @@ class EventRecorder {
   std::map<std::string, std::function<void()>> reactions_;
 };
 
-/// A view controller that records the calls of its life-cycle methods. An event contains the
+/// A view controller that records when it appears and disappears. An event begins with the
 /// controller's name, as in "host will appear".
 class RecordingController final
     : public Class<RecordingController, "RecordingController", NSViewController> {
@@ -132,8 +131,8 @@ class EventRecordingTest : public VirtualPlatformTest {
   Strong<RecordingController> makeController(const std::string& name) {
     return make<RecordingController>(recorder, name);
   }
-  /// Makes a controller and adds its view to the window's content view. The fixture keeps the
-  /// controller alive, because the view does not.
+  /// Makes a controller and adds its view to the window's content view. The fixture holds a strong
+  /// reference to the controller, because the view holds only a weak one.
   Strong<RecordingController> addController(const Strong<NSWindow>& window,
                                             const std::string& name) {
     Strong<RecordingController> controller = makeController(name);
@@ -151,7 +150,7 @@ class EventRecordingTest : public VirtualPlatformTest {
   /// The names of the windows on screen, front to back.
   static Events windowOrder();
 
-  /// Records the notifications of an application that the test itself has started.
+  /// Call this after the test has started another application.
   void observeNotifications() { notificationRecorder_->observe(); }
 
   EventRecorder recorder;

@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
-"""Compiles the library for macOS, links it, and checks which symbols the linked library exports.
+"""Compiles and links the library for macOS, and checks which symbols the library exports.
 
 usage: macos_exports_test.py CLANG LINKER
 
-Linux has no headers and no libraries of macOS. So the sources are compiled with the headers of libc++ and
-of Linux, and with the simulated headers in Tests/OtherSystems/MacOS. The linker leaves the functions of
-macOS undefined. The linked library cannot run.
+The test runs on Linux, without the headers and libraries of macOS. The headers come from libc++, from Linux
+and from Tests/OtherSystems/MacOS. The functions of macOS stay undefined, so the linked library cannot run.
 """
 
 import concurrent.futures
@@ -41,12 +40,12 @@ FOLDERS = {
     "Bindings/Json": ["*.cpp"],
     "Bindings/C": ["*.cpp"],
 }
-# The public names that the library must export.
+# Lists what the library must export: the names of classes, functions and variables.
 EXPORTS = ROOT / "Tests/Package/exports.txt"
-# The demangled names of a class's vtable, type information and thunks begin with these words.
+# Matches what precedes the name of a class in a demangled name, for example "vtable for ".
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
-# Matches the name of a class, function or variable in namespace vel. In the name of a class member,
-# matches only the class.
+# Matches the name of a class, function or variable in namespace vel. Matches only the class in the name of
+# a class member.
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 
@@ -90,7 +89,7 @@ def exported_symbols(library):
 
 
 def public_names(symbols):
-    """Returns the names as in exports.txt. All symbols of a C++ class become the name of the class."""
+    """Demangles the symbols. Replaces each symbol of a class in namespace vel with the name of the class."""
     names = set()
     for line in run("c++filt", text="\n".join(sorted(symbols))).splitlines():
         name = CLASS_SYMBOL.sub("", line)
@@ -121,13 +120,14 @@ class MacOSExportsTest(unittest.TestCase):
         )  # fmt: skip
         return public_names(exported_symbols(library))
 
-    def test_the_exports_are_those_in_exports_txt(self):
+    def test_the_library_exports_exactly_the_names_in_exports_txt(self):
         exports = self.link("-exported_symbols_list", ROOT / "cmake/exports.mach-o")
         self.assertEqual(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
 
     def test_the_library_exports_more_names_without_the_linkers_export_list(self):
         exports = self.link()
         self.assertGreater(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
+        # The compiler instantiates templates of the standard library.
         self.assertTrue(any(name.startswith("std::") for name in exports))
 
 

@@ -1,6 +1,6 @@
-// The launch screen's controller overrides and restores the style of a window. The fixture records
-// events. The event "style 7" means that a window gets the style mask 7. The mask of a window with
-// a title and all controls is 15.
+// The launch screen's controller overrides the style mask of a window, and restores it later. The
+// bits of a mask are title 1, close 2, miniaturise 4 and resize 8. The event "style 7" means that
+// the mask 7 was set.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -21,8 +21,8 @@ class ControllerStyleTest : public CoverTest {
     launchScreenController->setPresentationMode(mode);
     launchScreenController->setAppWindow(window);
   }
-  // `setupPresentation` sets a style mask three times: in steps 1, 2 and 3. This function arranges
-  // that `appWindow` becomes null during the given step of the next call.
+  // `setupPresentation` sets the style mask in three steps. In its next call, `appWindow` becomes
+  // null during step `step`.
   void clearAppWindowDuringStep(std::size_t step) {
     platformJournal.onNextStyleMask([this, step] {
       if (step == 1) {
@@ -67,7 +67,7 @@ TEST_F(ControllerStyleTest, EachStepReadsTheCurrentStyle) {
   setModeAndWindow(controller, window);
   platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
   controller->setupPresentation();
-  // 32783 is 0x800F: the style that the lambda function sets during the first step.
+  // The lambda function sets the style 0x800F (32783) during the first step.
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
@@ -78,7 +78,7 @@ TEST_F(ControllerStyleTest, TheStyleIsSavedBeforeItIsOverridden) {
   EXPECT_EQ(controller->appWindow(), window);
 }
 
-TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
+TEST_F(ControllerStyleTest, OnlyTheFirstSetupSavesTheStyle) {
   setModeAndWindow(controller, window);
   controller->setupPresentation();
   window->setStyleMask(kFullStyle & ~NSWindowStyleMaskResizable);
@@ -86,14 +86,14 @@ TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
   EXPECT_EQ(controller->appWindowStyleMask(), kFullStyle);
 }
 
-TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
+TEST_F(ControllerStyleTest, SetupOverridesNoStyleIfAppWindowIsNull) {
   setModeAndWindow(controller, nullptr);
   controller->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(controller->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, InSheetModeAndInUnknownModesNoStyleIsOverridden) {
+TEST_F(ControllerStyleTest, SetupOverridesNoStyleInSheetModeOrUnknownModes) {
   for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
     setModeAndWindow(controller, window, mode);
     controller->setupPresentation();
@@ -150,7 +150,7 @@ TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
   EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, TheSavedStyleIsKeptAfterARestore) {
+TEST_F(ControllerStyleTest, RestoreKeepsTheSavedStyle) {
   setModeAndWindow(controller, window);
   controller->setupPresentation();
   controller->restorePresentation();
@@ -166,14 +166,14 @@ TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
 }
 
-TEST_F(ControllerStyleTest, WithoutASavedStyleRestoreOnlyReleasesTheWindow) {
+TEST_F(ControllerStyleTest, RestoreOnlyReleasesTheWindowIfNoStyleIsSaved) {
   setModeAndWindow(controller, window);
   controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, ASecondPresentationRestoresTheStyleThatTheFirstPresentationSaved) {
+TEST_F(ControllerStyleTest, ASecondPresentationDoesNotChangeTheSavedStyle) {
   embed(window);
   controller->dismissViewController(controller);
   platform.run(1);
@@ -196,11 +196,10 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
   EXPECT_EQ(controller->appWindow(), window);
 }
 
-// Restoring the style of the tracked window. The tracked controller is an embedded controller
-// without a parent. A global variable of the library owns it (EmbeddedCover.h). The tracked window
-// is the `appWindow` of the tracked controller.
+// The tracked controller and its `appWindow`, the tracked window. A global variable of the library
+// owns the tracked controller (EmbeddedCover.h). `embed` makes `controller` the tracked controller.
 
-TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheStyleOfTheTrackedWindow) {
+TEST_F(ControllerStyleTest, RestoreByAControllerWithoutAWindowSetsTheStyleOfTheTrackedWindow) {
   embed(window);
   takeEvents();
   const auto otherController = LaunchScreenViewController::init();
@@ -212,7 +211,7 @@ TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheStyleOfTheTracke
   EXPECT_EQ(otherController->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, AllStyleBitsAreSetIfTheTrackedControllerHasSavedNoStyle) {
+TEST_F(ControllerStyleTest, RestoreSetsAllStyleBitsIfTheTrackedControllerHasSavedNoStyle) {
   embed(window);
   controller->setAppWindowStyleMask(kNoSavedStyle);
   takeEvents();
@@ -222,7 +221,7 @@ TEST_F(ControllerStyleTest, AllStyleBitsAreSetIfTheTrackedControllerHasSavedNoSt
   EXPECT_EQ(controller->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, NothingIsRestoredIfTheTrackedControllerHasNoWindow) {
+TEST_F(ControllerStyleTest, RestoreDoesNothingIfTheTrackedControllerHasNoWindow) {
   embed(window);
   controller->restorePresentation();
   takeEvents();

@@ -1,4 +1,4 @@
-// Implements functions of macOS with functions of Linux.
+// Linux implementations of macOS functions.
 #include "Tests/OtherSystems/MacOS/ProcessFunctions.h"
 
 #include <sys/syscall.h>

@@ -32,37 +32,37 @@ namespace {
 
 constexpr std::uint32_t kMainButton = 0x110;  // BTN_LEFT of the Linux kernel
 
-struct OfferedInterface {
+struct SupportedInterface {
   const wl_interface* interface;
   int version;
 };
-const std::array kOfferedInterfaces{
-    OfferedInterface{&wl_compositor_interface, 4},
-    OfferedInterface{&wl_subcompositor_interface, 1},
-    OfferedInterface{&wl_shm_interface, 1},
-    OfferedInterface{&wl_output_interface, 3},
-    OfferedInterface{&wl_seat_interface, 5},
-    OfferedInterface{&xdg_wm_base_interface, 1},
-    OfferedInterface{&xdg_wm_dialog_v1_interface, 1},
-    OfferedInterface{&wp_viewporter_interface, 1},
-    OfferedInterface{&wp_fractional_scale_manager_v1_interface, 1},
+const std::array kSupportedInterfaces{
+    SupportedInterface{&wl_compositor_interface, 4},
+    SupportedInterface{&wl_subcompositor_interface, 1},
+    SupportedInterface{&wl_shm_interface, 1},
+    SupportedInterface{&wl_output_interface, 3},
+    SupportedInterface{&wl_seat_interface, 5},
+    SupportedInterface{&xdg_wm_base_interface, 1},
+    SupportedInterface{&xdg_wm_dialog_v1_interface, 1},
+    SupportedInterface{&wp_viewporter_interface, 1},
+    SupportedInterface{&wp_fractional_scale_manager_v1_interface, 1},
 };
 
 /// A protocol object of the client.
 struct Object {
-  int global = 0;  // the number of the global object from which the client has created the object
+  int global = 0;  // the number of the global object from which this object descends
   // The wl_surface to which the object belongs. A wl_surface belongs to itself.
   wl_resource* surface = nullptr;
   CGSize size{};  // of a wl_buffer
 };
 
-/// A wl_surface. The next commit copies `pending` to `current`. The title and the modal state
-/// change without a commit.
+/// A wl_surface. A commit copies `pending` to `current`. Changes of the title and of the modal
+/// state need no commit.
 struct Surface {
   SurfaceRecord current;
   SurfaceRecord pending;
-  bool isConfigured = false;
-  int number = 0;  // in the order of creation
+  bool isConfigured = false;  // the client has sent ack_configure
+  int number = 0;             // 1 for the surface that was created first
 };
 
 class Server;
@@ -78,8 +78,8 @@ struct Global {
 class Server : NonCopyable {
  public:
   Server(const std::filesystem::path& folder, int control) : control_(control) {
-    // Discards the log of libwayland, which contains an error if a client disconnects before the
-    // client has read all events.
+    // Discards the log of libwayland. A client that disconnects before it has read all events would
+    // cause an error in the log.
     wl_log_set_handler_server([](const char* /*format*/, va_list /*arguments*/) {});
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     if (wl_display_add_socket(display_, "wayland-1") != 0) {
@@ -207,9 +207,8 @@ class Server : NonCopyable {
     return 0;
   }
 
-  // An object that the request creates belongs to the surface of the first argument that is an
-  // existing object. If no argument is an existing object, the new object belongs to the surface of
-  // `target`.
+  // A new object belongs to the surface of the first object among the arguments. Without an object
+  // among the arguments, it belongs to the surface of `target`.
   void handleRequest(wl_resource* target, const wl_message& message, wl_argument* arguments) {
     const std::string request = std::string(wl_resource_get_class(target)) + '.' + message.name;
     requests_.push_back(request);
@@ -261,8 +260,8 @@ class Server : NonCopyable {
     }
   }
 
-  // `resource` is the object that the request creates, or the target of a request that creates no
-  // object.
+  // `resource` is the object that the request creates. If the request creates no object, `resource`
+  // is the target of the request.
   void handleSurfaceRequest(wl_resource* resource, std::string_view request,
                             const wl_argument* arguments) {
     const auto position = surfaces_.find(objects_.at(resource).surface);
@@ -331,7 +330,7 @@ class Server : NonCopyable {
       command >> prefix;
       return takeRequests(prefix);
     }
-    // The first number is the number of a global object or the id of a surface.
+    // `first` is the number of a global object or the id of a surface.
     int first = 0;
     int second = 0;
     int third = 0;
@@ -365,32 +364,33 @@ class Server : NonCopyable {
         xdg_toplevel_send_close(toplevel);
       }
     } else {
-      // The second number is the id of a surface.
+      // `second` is the id of a surface.
       sendEvent(name, first, surfaceWithId(static_cast<std::uint32_t>(second)));
     }
     return {};
   }
 
   int addGlobal(const std::string& interface, int scale) {
-    const auto* const offered = std::ranges::find_if(
-        kOfferedInterfaces,
-        [&interface](const OfferedInterface& entry) { return entry.interface->name == interface; });
-    if (offered == kOfferedInterfaces.end()) {
+    const auto* const supported =
+        std::ranges::find_if(kSupportedInterfaces, [&interface](const SupportedInterface& entry) {
+          return entry.interface->name == interface;
+        });
+    if (supported == kSupportedInterfaces.end()) {
       throw std::runtime_error("unknown interface " + interface);
     }
     const int number = ++lastGlobalNumber_;
     auto global = std::make_unique<Global>(Global{.server = this,
                                                   .number = number,
                                                   .scale = scale,
-                                                  .interface = offered->interface,
+                                                  .interface = supported->interface,
                                                   .handle = nullptr});
-    global->handle = wl_global_create(display_, offered->interface, offered->version, global.get(),
-                                      &Server::bind);
+    global->handle = wl_global_create(display_, supported->interface, supported->version,
+                                      global.get(), &Server::bind);
     globals_[number] = std::move(global);
     return number;
   }
 
-  // Sends an event about `surface`. `global` is the number of a seat or an output.
+  // Sends the event that `command` names. `global` is the number of a seat or an output.
   void sendEvent(const std::string& command, int global, wl_resource* surface) {
     const std::uint32_t serial = wl_display_next_serial(display_);
     wl_array keys;
@@ -445,8 +445,8 @@ class Server : NonCopyable {
     return text.str();
   }
 
-  // Lists the interface of each protocol object. libwayland provides this list, because `objects_`
-  // omits the objects that libwayland itself creates, such as wl_registry.
+  // Lists the interface of each protocol object. Does not use `objects_`, because `objects_` lacks
+  // the objects that libwayland itself creates, such as wl_registry.
   std::string describeObjects() const {
     std::string text;
     wl_client* client = nullptr;

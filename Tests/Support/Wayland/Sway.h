@@ -6,12 +6,12 @@
 
 namespace vel::test {
 
-/// The compositor sway. Windows have no frame. If the test runs as root, sway runs as the user
-/// nobody.
+/// The compositor sway. It adds no borders to windows. If the test runs as root, the user `nobody`
+/// runs sway.
 class Sway : public Compositor {
  public:
   struct Options {
-    /// With two outputs, the second one is to the right of the first one.
+    /// A second output is to the right of the first output.
     int outputCount = 1;
     bool hasXwayland = false;
   };
@@ -19,8 +19,8 @@ class Sway : public Compositor {
   Sway() : Sway(Options()) {}
   explicit Sway(const Options& options);
 
-  /// Repeats a sway command until the command succeeds. A command about a window fails until sway
-  /// shows the window. Throws if the command still fails after `kTimeout`.
+  /// Runs a sway command. Repeats a failed command, because a window that it names may not be on
+  /// screen yet. Throws if the command still fails after `kTimeout`.
   void run(const std::string& command) const;
   void focusWindow(const std::string& title) const override { run(selectorOf(title) + "focus"); }
   void closeWindow(const std::string& title) const override { run(selectorOf(title) + "kill"); }

@@ -18,8 +18,8 @@ namespace vel::test {
 
 class Compositor;
 
-/// The window manager of a test. The last two are Wayland compositors, which manage the windows of
-/// X clients on their Xwayland server.
+/// The window manager of a test. XwaylandSway and XwaylandWeston are Wayland compositors. They
+/// manage the windows of their Xwayland server.
 enum class Manager : std::uint8_t {
   None,
   Metacity,
@@ -32,41 +32,40 @@ enum class Manager : std::uint8_t {
   XwaylandWeston
 };
 
-/// The name of the manager for test names, such as "Metacity". "WithoutAManager" for `None`.
+/// Returns a part of a test name: "WithoutAManager" for `None`, otherwise the enumerator's name.
 std::string nameOf(Manager manager);
 inline void PrintTo(Manager manager, std::ostream* out) { *out << nameOf(manager); }
 inline std::string nameOfManager(const testing::TestParamInfo<Manager>& testInfo) {
   return nameOf(testInfo.param);
 }
 
-/// What a window manager offers to the programs whose windows it manages.
+/// The features of a window manager.
 struct ManagerFeatures {
   /// True if a program can move its window.
   bool movesWindows = true;
-  /// True if programs receive a report when the user moves their windows.
+  /// True if a program is notified when the user moves its window.
   bool reportsMoves = true;
   /// True if a program can maximise its window.
   bool maximizes = true;
-  /// True if windows can be miniaturised, and programs receive a report of this.
+  /// True if windows can be miniaturised, and their programs are notified.
   bool miniaturizes = true;
-  /// True if the window manager creates a window around the window of the program.
+  /// True if each managed window becomes the child of a frame window.
   bool addsFrames = true;
   /// True if the window manager sets `_NET_WM_ALLOWED_ACTIONS` of a window.
   bool publishesAllowedActions = true;
 };
 ManagerFeatures featuresOf(Manager manager);
 
-/// Returns `managers` and the compositors with Xwayland. In a build without the Wayland back end,
-/// returns only `managers`.
+/// Returns `managers` followed by XwaylandSway and XwaylandWeston. In a build without the Wayland
+/// back end, returns `managers` unchanged.
 std::vector<Manager> withXwayland(std::vector<Manager> managers);
 
-/// Starts a window manager and waits until it manages windows. `client` opens a window to check
-/// this. Does nothing for `None`.
+/// Starts a window manager and waits until it manages a test window of `client`. Does nothing for
+/// `None`. `manager` must not be a compositor.
 Process startManager(Manager manager, const XServer& server, XClient& client);
 
-/// A fixture with an X server, the back end and `client`. `client` opens windows as another program
-/// does, and simulates the input of the user. If the window manager is a compositor, the X server
-/// is its Xwayland.
+/// A fixture with an X server, the X11 back end and `client`. `client` acts as another program, and
+/// also as the user. If the window manager is a compositor, the X server is Xwayland.
 class X11Test : public testing::Test {
  protected:
   explicit X11Test(Manager manager = Manager::None,
@@ -77,7 +76,7 @@ class X11Test : public testing::Test {
   X11WindowSystem& system();
   /// Transfers the ownership of the back end to the caller.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
-  /// Starts a window manager that is not a compositor.
+  /// Starts a window manager. `manager` must not be a compositor.
   void startManager(Manager manager) {
     managerProcess = test::startManager(manager, server, client);
   }
@@ -89,13 +88,12 @@ class X11Test : public testing::Test {
   /// to give a window manager time to react.
   void deliverFor(double seconds);
 
-  /// Returns true if the screen shows only this colour in the window's area. A compositor updates
-  /// the screen some time after a client has drawn. So under a compositor, this function waits
-  /// until the screen shows only this colour, and then checks for a short time that the colour
-  /// stays.
+  /// Returns true if the screen shows only `color` in the window's area. A compositor updates the
+  /// screen with a delay. So under a compositor, this function waits for the colour, and then
+  /// checks for a short time that the colour stays.
   bool showsOnly(std::uint32_t color, xcb_window_t window) const;
-  /// Gives the focus to the window, as a user does, and waits until the window has it. `title` is
-  /// the title of the window: a compositor finds the window by its title.
+  /// Gives the focus to the window, as a user does, and waits until the window has the focus.
+  /// `title` is the title of the window: a compositor finds the window by its title.
   void giveFocus(xcb_window_t window, const std::string& title);
 
   /// Creates a window of the back end and waits until it is viewable.
@@ -104,11 +102,11 @@ class X11Test : public testing::Test {
   AdoptedWindow adopt(xcb_window_t window);
   /// A white scene. The size is in points.
   static Scene whiteScene(CGSize size);
-  /// A white scene with a turning spinner in the middle. The size is in points.
+  /// A white scene with an animated spinner in the middle. The size is in points.
   static Scene whiteSceneWithSpinner(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
-  /// A line of `reports` about the window. `event` is the start of the line, such as "focus".
+  /// Returns "EVENT WINDOW", such as "focus 0x200001". `reports` contains such lines.
   static std::string reportLine(std::string_view event, WindowHandle window);
 
   std::unique_ptr<Compositor> compositor;  // null unless the window manager is a compositor

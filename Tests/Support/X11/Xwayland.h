@@ -7,7 +7,7 @@
 
 namespace vel::test {
 
-/// Returns false in a build without the Wayland back end.
+/// Returns true if the build contains the Wayland back end.
 bool canStartXwayland();
 
 /// Starts a compositor and its Xwayland server. `compositor` must be `XwaylandSway` or

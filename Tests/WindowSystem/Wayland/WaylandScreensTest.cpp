@@ -1,5 +1,4 @@
-// Tests covers on screens with different scales, on touch screens, and under a compositor without
-// the global wp_viewporter.
+// Screens with different scales, touch screens, and compositors without the global wp_viewporter.
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -23,7 +22,7 @@ constexpr CGSize kLargeSize{400, 260};
 constexpr int kSpinnerSide = 32;
 constexpr PixelRect kFirstOutput{0, 0, 1024, 768};
 constexpr PixelRect kSecondOutput{1024, 0, 1024, 768};
-/// The part of the screen without the pointer.
+/// The screen except its right and lower edge. The pointer is outside this area.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 
 Scene white(CGSize size) {
@@ -60,8 +59,8 @@ Picture partOf(const Picture& picture, PixelRect area) {
   return part;
 }
 
-/// True if each block of two by two pixels has one colour, as if a smaller picture had been
-/// enlarged.
+/// True if each block of two by two pixels has one colour. Enlarging a picture by two causes such
+/// blocks.
 bool isEnlargedByTwo(const Picture& picture) {
   for (int y = 0; y + 1 < picture.height; y += 2) {
     for (int x = 0; x + 1 < picture.width; x += 2) {
@@ -75,7 +74,7 @@ bool isEnlargedByTwo(const Picture& picture) {
   return true;
 }
 
-/// A host, and the back end on its connection. The back end has adopted the window of the host.
+/// A host whose window the back end has adopted. The back end shares the host's connection.
 class CoveredHost {
  public:
   explicit CoveredHost(const Compositor& compositor)
@@ -92,7 +91,7 @@ class CoveredHost {
       return condition();
     });
   }
-  bool showsWindow(const Compositor& compositor, std::uint32_t color, CGSize size) {
+  bool waitForWindow(const Compositor& compositor, std::uint32_t color, CGSize size) {
     return waitFor([&] {
       const Picture picture = compositor.picture(kSearchedArea);
       const PixelRect area = boundsOf(picture, color);
@@ -106,10 +105,12 @@ class CoveredHost {
   WindowHandle handle = WindowHandle::None;
 };
 
-/// A compositor with two outputs. The parameter is true if the clients can use viewporter.
+/// A compositor with two outputs. If the test parameter is false, wp_viewporter is hidden from the
+/// clients.
 class WaylandOutputs : public testing::TestWithParam<bool> {
  protected:
-  /// Waits for a white window with a spinner that is sharp at this scale.
+  /// Waits until the output shows a white window with a sharp spinner: a spinner that was drawn at
+  /// this scale, not enlarged. Then saves a picture of the window.
   void expectWindow(WindowSystem& system, PixelRect output, int scale, const std::string& name) {
     Picture picture;
     Picture spinner;
@@ -120,6 +121,7 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
         return false;
       }
       picture = partOf(screen, area);
+      // The drawing fills most of the spinner's frame.
       const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
       if (bounds.width <= scale * 24 || bounds.width > scale * kSpinnerSide ||
           bounds.height <= scale * 24 || bounds.height > scale * kSpinnerSide) {
@@ -134,7 +136,7 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
                  (GetParam() ? "" : "-without-viewporter"));
   }
 
-  /// Returns an object that hides viewporter, or null if the parameter of the test is true.
+  /// Returns null if the test parameter is true.
   static std::unique_ptr<HiddenGlobal> hideViewporter() {
     return GetParam() ? nullptr : std::make_unique<HiddenGlobal>("wp_viewporter");
   }
@@ -142,11 +144,11 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
   Sway sway{{.outputCount = 2}};
 };
 
-TEST_P(WaylandOutputs, TheSpinnerOfACoverIsSharpUpToAScaleOfTwo) {
+TEST_P(WaylandOutputs, TheSpinnerOfACoverIsSharpAtScalesOneAndTwo) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
-  // The host has one registry, and the back end has another.
+  // The host and the back end have one registry each.
   EXPECT_EQ(HiddenGlobal::registryCount(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithSpinner(kSize));
@@ -155,7 +157,7 @@ TEST_P(WaylandOutputs, TheSpinnerOfACoverIsSharpUpToAScaleOfTwo) {
   expectWindow(*covered.system, kSecondOutput, 2, "cover");
 }
 
-TEST_P(WaylandOutputs, TheSpinnerOfAWindowOfTheLibraryFollowsTheScaleOfTheOutput) {
+TEST_P(WaylandOutputs, TheSpinnerOfACreatedWindowIsSharpOnEachOutput) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   std::string error;
@@ -185,6 +187,7 @@ TEST(WaylandFractionalScale, TheCoverHidesEachPixelOfTheHost) {
   Picture before;
   ASSERT_TRUE(covered.waitFor([&] {
     before = sway.picture(kFirstOutput);
+    // The window has 450 by 300 pixels. Its edges may have another colour.
     const PixelRect area = boundsOf(before, kGreen);
     return area.width >= 448 && area.height >= 298;
   }));
@@ -205,30 +208,30 @@ TEST(WaylandFractionalScale, TheCoverHidesEachPixelOfTheHost) {
 
 class WaylandWithoutViewporter : public testing::TestWithParam<CompositorKind> {};
 
-TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSizeOfTheHost) {
+TEST_P(WaylandWithoutViewporter, TheCoverFillsTheWindowOfTheHostBeforeAndAfterAResize) {
   const auto compositor = startCompositor(GetParam());
   const HiddenGlobal hidden("wp_viewporter");
   CoveredHost covered(*compositor);
-  // The host has one registry, and the back end has another.
+  // The host and the back end have one registry each.
   EXPECT_EQ(HiddenGlobal::registryCount(), 2);
-  ASSERT_TRUE(covered.showsWindow(*compositor, kGreen, kSize));
+  ASSERT_TRUE(covered.waitForWindow(*compositor, kGreen, kSize));
   covered.system->setScene(covered.handle, white(kSize));
-  EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));
+  EXPECT_TRUE(covered.waitForWindow(*compositor, kWhite, kSize));
   covered.host.resize(kLargeSize);
   covered.system->setFrame(covered.handle, {{}, kLargeSize});
   covered.system->setScene(covered.handle, white(kLargeSize));
-  EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kLargeSize));
+  EXPECT_TRUE(covered.waitForWindow(*compositor, kWhite, kLargeSize));
   covered.system->setScene(covered.handle, {});
-  EXPECT_TRUE(covered.showsWindow(*compositor, kGreen, kLargeSize));
+  EXPECT_TRUE(covered.waitForWindow(*compositor, kGreen, kLargeSize));
   EXPECT_EQ(wl_display_get_error(covered.host.display()), 0);
 }
 
-TEST_P(WaylandWithoutViewporter, ASizeThatSharedMemoryCannotHoldIsLogged) {
+TEST_P(WaylandWithoutViewporter, TheBackEndLogsASizeThatDoesNotFitIntoSharedMemory) {
   const auto compositor = startCompositor(GetParam());
   const HiddenGlobal hidden("wp_viewporter");
   CoveredHost covered(*compositor);
   covered.system->setScene(covered.handle, white(kSize));
-  ASSERT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));
+  ASSERT_TRUE(covered.waitForWindow(*compositor, kWhite, kSize));
   std::vector<std::string> logLines;
   const NSLogSink previousSink =
       setNSLogSink([&logLines](std::string_view line) { logLines.emplace_back(line); });
@@ -247,17 +250,17 @@ INSTANTIATE_TEST_SUITE_P(Under, WaylandWithoutViewporter,
                          testing::Values(CompositorKind::Sway, CompositorKind::Weston),
                          [](const auto& testInfo) { return nameOf(testInfo.param); });
 
-// Only under weston: sway runs in a window of an X server and has no touch screen there.
+// Not under sway: it runs in a window of an X server, without a touch screen.
 TEST(WaylandTouchScreen, TheCoverTakesTouchesFromTheHost) {
   const Weston weston;
   CoveredHost covered(weston);
   weston.addTouchScreen();
   ASSERT_TRUE(covered.waitFor([&] { return covered.host.hasTouch(); }));
-  ASSERT_TRUE(covered.showsWindow(weston, kGreen, kSize));
+  ASSERT_TRUE(covered.waitForWindow(weston, kGreen, kSize));
   weston.touch(512, 384);
   ASSERT_TRUE(covered.waitFor([&] { return covered.host.touches() == 1; }));
   covered.system->setScene(covered.handle, white(kSize));
-  ASSERT_TRUE(covered.showsWindow(weston, kWhite, kSize));
+  ASSERT_TRUE(covered.waitForWindow(weston, kWhite, kSize));
   weston.touch(512, 384);
   EXPECT_TRUE(covered.waitFor([&] { return covered.host.touchesElsewhere() == 1; }));
   EXPECT_EQ(covered.host.touches(), 1);

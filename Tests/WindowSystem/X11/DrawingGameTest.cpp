@@ -1,4 +1,4 @@
-// A game whose window has no background. The game draws on each Expose event.
+// The window of the game has no background. The game draws on each Expose event.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -36,7 +36,7 @@ class DrawingGame : NonCopyable {
 
  private:
   void drawUntilEnd() {
-    constexpr xcb_rectangle_t kWholeWindow{0, 0, 2000, 2000};
+    constexpr xcb_rectangle_t kWholeWindow{0, 0, 2000, 2000};  // larger than the window
     while (!isEnding_) {
       while (const x11::Event event{xcb_poll_for_event(client_.connection())}) {
         if (x11::typeOf(*event) == XCB_EXPOSE) {
@@ -76,7 +76,7 @@ TEST_F(X11DrawingGame, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(recorder.letters(), "GWG");
 }
 
-TEST_F(X11DrawingGame, AGameThatGrowsWhileCoveredIsWhiteAtOnce) {
+TEST_F(X11DrawingGame, TheCoverIsWhiteImmediatelyAfterTheGameGrows) {
   const AdoptedWindow adoptedWindow = adopt(game.window);
   system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   deliver();

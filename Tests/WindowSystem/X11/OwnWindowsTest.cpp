@@ -1,4 +1,4 @@
-// Windows that the back end creates. The window manager is Metacity.
+// Own windows: windows that the X11 back end creates. The window manager is Metacity.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr NSWindowStyleMask kAllControls = 15;
+constexpr NSWindowStyleMask kAllControls = 15;  // and the title
 constexpr CGRect kFrame{{100, 200}, {640, 400}};
 
 class X11OwnWindows : public X11TestWithManager {
@@ -31,8 +31,7 @@ TEST_F(X11OwnWindows, HaveTheirClassAndTitle) {
 
 TEST_F(X11OwnWindows, OpenAtTheirFrame) {
   const xcb_window_t window = idOf(openPlayerWindow());
-  // `kFrame` is the content area. Its coordinates start at the lower left corner of the screen. The
-  // screen has a height of 960 pixels.
+  // `kFrame` is measured from the lower left corner of the screen: 360 = 960 - 200 - 400.
   EXPECT_TRUE(waitFor([&] {
     return client.areaOnScreen(window) == PixelRect{100, 360, 640, 400};
   }));
@@ -54,7 +53,7 @@ TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrameEvenWithoutAResizeControl) {
   }));
 }
 
-TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
+TEST_F(X11OwnWindows, ReportTheirFrameAfterAnotherClientChangesIt) {
   const WindowHandle window = openPlayerWindow();
   client.configure(idOf(window), {50, 60, 500, 300});
   EXPECT_TRUE(waitFor([&] { return reports.lastFrame.size == CGSize{500, 300}; }));
@@ -81,13 +80,13 @@ TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
 
 TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   const WindowHandle window = openPlayerWindow(NSWindowStyleMaskTitled);
-  // This message goes directly to the window. `requestClose` would ask the window manager.
+  // `requestClose` would leave it to the window manager to send this message.
   client.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
   deliver();
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-TEST_F(X11OwnWindows, ListTheCloseProtocolEvenWithoutACloseControl) {
+TEST_F(X11OwnWindows, ListWmDeleteWindowEvenWithoutACloseControl) {
   const WindowHandle window = openPlayerWindow(NSWindowStyleMaskTitled);
   EXPECT_THAT(client.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
@@ -118,7 +117,7 @@ TEST_F(X11OwnWindows, AreViewableAgainAfterOrderOutAndOrderFront) {
   EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(window)); }));
 }
 
-TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
+TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClientAndIgnoreLaterCalls) {
   const WindowHandle window = openPlayerWindow();
   client.destroy(idOf(window));
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", window)); }));
@@ -129,7 +128,7 @@ TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
+TEST_F(X11OwnWindows, AreDestroyedByReleaseWindow) {
   const WindowHandle window = openPlayerWindow();
   system().releaseWindow(window);
   EXPECT_TRUE(waitFor([&] { return !client.exists(idOf(window)); }));
@@ -140,7 +139,7 @@ TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
 TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
   const WindowHandle window = openPlayerWindow();
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
-  // The 0 means that the window manager keeps none of the controls that the style mask excludes.
+  // 0: the window manager offers only the controls in the style mask.
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", window) + " 0"); }));
   const auto actions = client.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");

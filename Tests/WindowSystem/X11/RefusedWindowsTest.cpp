@@ -1,6 +1,8 @@
-// The back end refuses to adopt some windows that it uses itself. After the refusal, it must still
-// be able to use them. One example is the check window: the window that a window manager creates to
-// announce itself.
+// The back end uses the check window and the helper window for its own work. Refusing to adopt them
+// must not disturb this work.
+// - A window manager creates the check window to announce itself. The destruction of the check
+//   window shows the back end that the window manager has ended.
+// - The back end creates the helper window to read the X server's time.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -19,13 +21,13 @@ class X11RefusedWindows : public X11Test {
   }
 };
 
-TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIsRefused) {
+TEST_F(X11RefusedWindows, TheBackEndNoticesTheEndOfTheWindowManagerAfterItRefusesTheCheckWindow) {
   startManager(Manager::Metacity);
   const xcb_window_t game = client.openGameWindow({200, 150, 640, 400}, 0);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  // Metacity still offers one of the removed controls: the resize control (8).
+  // The style mask excludes the resize control (8), but Metacity still offers it.
   ASSERT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
@@ -42,13 +44,13 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
 }
 
-TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
+TEST_F(X11RefusedWindows, TheBackEndRequestsTheFocusAfterItRefusesTheHelperWindow) {
   const xcb_window_t ownWindow =
       idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
-  // The back end creates its helper window, `ownWindow - 1`, just before `ownWindow`. The back end
-  // reads the server's time through the helper window. It needs this time to request the focus.
+  // The back end creates the helper window, `ownWindow - 1`, just before `ownWindow`.
   ASSERT_TRUE(client.exists(ownWindow - 1));
   EXPECT_THAT(adoptionError(ownWindow - 1), HasSubstr("it belongs to this program"));
+  // A focus request contains the X server's time.
   system().requestFocus(static_cast<WindowHandle>(ownWindow));
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == ownWindow; }));
 }

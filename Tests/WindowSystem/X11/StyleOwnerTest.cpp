@@ -1,7 +1,5 @@
-// The game owns the adopted window and writes the window's hints. The back end overrides
-// `_MOTIF_WM_HINTS` to remove the window's controls, and later restores the game's value. Here, the
-// game writes hints before or during the override. `cover` adopts the window and overrides the
-// hints. `uncover` restores them.
+// The owner of an adopted window, here a game, writes the window's hints. The back end overrides
+// `_MOTIF_WM_HINTS` to remove the window's controls, and later restores the owner's value.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -21,25 +19,29 @@ constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
 
 class X11StyleOwner : public X11Test {
  protected:
-  // The first fields are the flags (1: has functions, 2: has decorations), the functions (resize 2,
-  // move 4, minimise 8, maximise 16, close 32) and the decorations (border 2, resize handles 4,
-  // title 8, menu 16, minimise 32, maximise 64). If the functions contain 1, the window has all
-  // functions except the listed ones. The decorations work in the same way.
+  // The first three fields are sets of bits:
+  // - the flags: has functions 1, has decorations 2
+  // - the functions: resize 2, move 4, minimise 8, maximise 16, close 32
+  // - the decorations: border 2, resize handles 4, title 8, menu 16, minimise 32, maximise 64
+  // A set of functions or decorations that contains 1 is inverted.
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
-  // The flags are 16 (has a minimum) and 32 (has a maximum).
+  // The flags are 16 (has a minimum size) and 32 (has a maximum size). The user cannot resize a
+  // window whose minimum is equal to its maximum.
   static Property sizeHints(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
     std::array<std::uint32_t, 18> fields{flags};
     fields[5] = fields[6] = minimum;
     fields[7] = fields[8] = maximum;
     return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, fields);
   }
+  // Adopts the window and overrides the hints.
   void cover() {
     handle = adopt(game).handle;
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     deliver();
   }
+  // Restores the hints.
   void uncover() {
     system().setStyleMask(handle, kAllControls);
     deliver();
@@ -53,7 +55,7 @@ class X11StyleOwner : public X11Test {
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_F(X11StyleOwner, HintsWrittenBeforeTheWindowIsCoveredAreReported) {
+TEST_F(X11StyleOwner, TheBackEndReportsHintsThatTheOwnerWritesAfterTheAdoption) {
   handle = adopt(game).handle;
   client.setProperty(game, kNormalHints, sizeHints(16 | 32, 500, 500));
   deliver();
@@ -64,11 +66,11 @@ TEST_F(X11StyleOwner, HintsWrittenBeforeTheWindowIsCoveredAreReported) {
   EXPECT_EQ(reports.count("style"), 2);
 }
 
-TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
+TEST_F(X11StyleOwner, OverridingRemovesControlsThatTheOwnerAddsAfterTheAdoption) {
   const Property hintsWithoutControls = motifHints({1, 4, 0, 0, 0});
   client.setProperty(game, kMotifHints, hintsWithoutControls);
   handle = adopt(game).handle;
-  client.setProperty(game, kMotifHints, std::nullopt);
+  client.setProperty(game, kMotifHints, std::nullopt);  // the window has all controls
   deliver();
   ASSERT_TRUE(reports.contains(reportLine("style", handle) + " 15"));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -78,7 +80,7 @@ TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
   EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
-TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
+TEST_F(X11StyleOwner, RestoringKeepsHintsThatTheOwnerWroteJustBeforeTheOverride) {
   // The style mask of these hints is `NSWindowStyleMaskTitled`.
   const Property hintsAtAdoption = motifHints({3, 4, 26, 0, 0});
   client.setProperty(game, kMotifHints, hintsAtAdoption);
@@ -88,8 +90,7 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
-  // The back end returned this mask when it adopted the window. Setting the mask again restores the
-  // owner's hints.
+  // The window had this mask at the adoption. So setting the mask restores the owner's hints.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -109,7 +110,7 @@ TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   EXPECT_EQ(client.property(game, kNormalHints), sizeHints(16 | 32, 100, 1000));
 }
 
-TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAValueThatTheOwnerEdited) {
+TEST_F(X11StyleOwner, RestoringKeepsTheOwnersEditOfTheOverriddenValue) {
   client.setProperty(game, kMotifHints, motifHints({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
   auto hints = client.numbers(game, kMotifHints);
@@ -121,7 +122,7 @@ TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAValueThatTheOwnerEdited) {
   EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 2 | 4, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, RestoringRemovesTheOverrideIfTheOwnerReplacesOnlyTheDecorations) {
+TEST_F(X11StyleOwner, RestoringKeepsTheDecorationsThatTheOwnerReplaced) {
   cover();
   auto hints = client.numbers(game, kMotifHints);
   hints[0] |= 2U;
@@ -133,14 +134,14 @@ TEST_F(X11StyleOwner, RestoringRemovesTheOverrideIfTheOwnerReplacesOnlyTheDecora
   EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 0, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, AValueThatReplacesTheWholeOverrideIsRestoredUnchanged) {
+TEST_F(X11StyleOwner, RestoringKeepsAValueThatIsNotBasedOnTheOverride) {
   struct Values {
     std::optional<Property> valueBefore;
     Property valueWhileCovered;
   };
-  const std::array values{// Qt writes this `valueWhileCovered` for a frameless window.
+  const std::array values{// Qt writes the second value for a frameless window.
                           Values{motifHints({3, 62, 126, 0, 0}), motifHints({2, 1, 0, 0, 0})},
-                          // This `valueWhileCovered` allows no resizing.
+                          // The second value allows no resizing.
                           Values{std::nullopt, motifHints({3, 44, 58, 0, 0})}};
   for (const auto& [valueBefore, valueWhileCovered] : values) {
     client.setProperty(game, kMotifHints, valueBefore);
@@ -153,7 +154,7 @@ TEST_F(X11StyleOwner, AValueThatReplacesTheWholeOverrideIsRestoredUnchanged) {
   }
 }
 
-TEST_F(X11StyleOwner, HintsWrittenJustBeforeASecondStyleMaskAreRestored) {
+TEST_F(X11StyleOwner, RestoringKeepsHintsThatTheOwnerWroteJustBeforeASecondStyleMask) {
   cover();
   const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -163,7 +164,7 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeASecondStyleMaskAreRestored) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, HintsWrittenDuringTheRestoringAreKept) {
+TEST_F(X11StyleOwner, AnUnfinishedRestoringKeepsHintsThatTheOwnerWrites) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -176,7 +177,7 @@ TEST_F(X11StyleOwner, HintsWrittenDuringTheRestoringAreKept) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, HintsThatTheBackEndAddedAreDeletedAfterAnInterruptedRestoring) {
+TEST_F(X11StyleOwner, TheAddedHintsAreDeletedAfterAnInterruptedRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -188,7 +189,7 @@ TEST_F(X11StyleOwner, HintsThatTheBackEndAddedAreDeletedAfterAnInterruptedRestor
   EXPECT_TRUE(waitFor([&] { return client.property(game, kMotifHints) == std::nullopt; }));
 }
 
-TEST_F(X11StyleOwner, HintsAreRestoredWithinASecondWhenTheBackEndIsDestroyed) {
+TEST_F(X11StyleOwner, DestroyingTheBackEndRestoresTheHintsWithinASecond) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -198,7 +199,7 @@ TEST_F(X11StyleOwner, HintsAreRestoredWithinASecondWhenTheBackEndIsDestroyed) {
   EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
-TEST_F(X11StyleOwner, HintsWrittenDuringTheOverrideAreReportedAfterRestoring) {
+TEST_F(X11StyleOwner, RestoringReportsHintsThatTheOwnerWroteDuringTheOverride) {
   cover();
   client.setProperty(game, kMotifHints, motifHints({1, 4 | 8 | 32, 0, 0, 0}));
   deliver();
@@ -208,8 +209,6 @@ TEST_F(X11StyleOwner, HintsWrittenDuringTheOverrideAreReportedAfterRestoring) {
 }
 
 TEST_F(X11StyleOwner, OverridingAddsNoFunctionsOrDecorations) {
-  // The hints allow resizing (but not maximising), miniaturising and closing. The only decoration
-  // is the title.
   client.setProperty(game, kMotifHints, motifHints({3, 2 | 8 | 32, 8, 0, 0}));
   handle = adopt(game).handle;
   ASSERT_EQ(reports.count("style"), 0);
@@ -227,7 +226,7 @@ TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, SizeHintsThatPreventResizingAreNotChanged) {
+TEST_F(X11StyleOwner, OverridingDoesNotChangeSizeHintsThatPreventResizing) {
   const Property ownersMotifHints = motifHints({1, 4, 0, 7});
   const Property ownersSizeHints = sizeHints(16 | 32, 500, 500);
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -235,13 +234,13 @@ TEST_F(X11StyleOwner, SizeHintsThatPreventResizingAreNotChanged) {
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  // The override removes the decoration for miniaturising.
   EXPECT_NE(client.property(game, kMotifHints), ownersMotifHints);
   EXPECT_EQ(client.property(game, kNormalHints), ownersSizeHints);
 }
 
-TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
+TEST_F(X11StyleOwner, OverridingLosesNoConcurrentWriteOfTheOwner) {
   handle = adopt(game).handle;
+  // In each round, the owner writes a new value while the back end sets style masks.
   constexpr std::uint32_t kRounds = 400;
   std::atomic<std::uint32_t> round = 0;
   std::atomic<std::uint32_t> writtenRound = 0;
