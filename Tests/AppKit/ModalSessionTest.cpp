@@ -131,7 +131,7 @@ TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheWindowIsClosed) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheOwnerDestroysTheWindow) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheOwnerProgramDestroysTheWindow) {
   const auto dialog = makeClosedWindow("dialog");
   runAfter(0.5, [&] { platform.windowSystem().ownerDestroysWindow(dialog->handle()); });
   NSApp->runModalForWindow(dialog);
@@ -166,9 +166,9 @@ TEST_F(ModalSessionTest, NestedModalSessionsEndInnermostFirst) {
   runAfter(0.1, [&] {
     NSApp->runModalForWindow(innerDialog);
     recorder.record("inner ended");
-    NSApp->stopModal();  // ends the outer session
+    NSApp->stopModal();  // ends the modal session of `outerDialog`
   });
-  runAfter(0.2, [] { NSApp->stopModal(); });  // ends the inner session
+  runAfter(0.2, [] { NSApp->stopModal(); });  // ends the modal session of `innerDialog`
   recorder.takeEvents();
   NSApp->runModalForWindow(outerDialog);
   recorder.record("outer ended");

@@ -1,4 +1,5 @@
-// Calls on the owning thread and on other threads.
+// Calls of the C functions on the owning thread, which has created the launch screen, and on other
+// threads.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -60,7 +61,7 @@ TEST_F(CThreadTest, TheNextPumpCarriesOutADismissalFromAnotherThread) {
   EXPECT_EQ(host.callbackLines.back(), "will_appear");
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "did_disappear");
-  // Without a content controller, the cover stays for one second after did_disappear.
+  // The cover stays for one second after did_disappear.
   EXPECT_TRUE(isUp());
 }
 
@@ -121,7 +122,7 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
 
 TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilVelDestroyReturns) {
   VelStatus statusOnOtherThread = VEL_OK;
-  // The last step of vel_destroy drains the release pool.
+  // The last step of vel_destroy drains the release pool, which destroys the observer.
   ReleasePool::currentPool().add(make<DestructionObserver>([&statusOnOtherThread] {
     std::thread([&statusOnOtherThread] {
       const VelCreateOptions options = virtualTimeOptions();
@@ -160,7 +161,7 @@ TEST(OwningThreadTest, AnotherThreadCanDestroyAfterTheOwningThreadHasEnded) {
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(OwningThreadTest, NoOtherThreadCanDestroyWhileTheOwningThreadRuns) {
+TEST(OwningThreadTest, NoOtherThreadCanDestroyBeforeTheOwningThreadHasEnded) {
   const VelCreateOptions options = virtualTimeOptions();
   VelLaunchScreen* screen = nullptr;
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);

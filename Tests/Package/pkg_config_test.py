@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Builds hosts without CMake, with the flags from pkg-config."""
+"""Builds programs that use the library, without CMake and with the flags from pkg-config."""
 
 import ctypes
 import unittest
@@ -9,16 +9,17 @@ from package import loader_environment, make_folder, pkg_config, run
 
 
 class PkgConfigTest(unittest.TestCase):
-    def build_and_run(self, *compiler):
+    def build_and_run(self, *compile_command):
         program = make_folder("pkg_config") / "host"
         flags = pkg_config("--cflags", "--libs", prefix=PREFIX)
-        run(*compiler, *WARNING_FLAGS, *flags, "-o", program)
+        run(*compile_command, *WARNING_FLAGS, *flags, "-o", program)
         self.assertEqual(run(program, **loader_environment(PREFIX)), EXPECTED_OUTPUT)
 
     def test_a_host_in_c99_records_the_launch_end_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")
 
     def test_the_c99_host_also_works_if_it_is_compiled_as_cpp(self):
+        # "-x none" ends the effect of "-x c++".
         self.build_and_run(CXX, "-std=c++11", "-x", "c++", CONSUMERS / "host.c", "-x", "none")
 
     def test_a_host_in_cpp_records_the_launch_end_event(self):

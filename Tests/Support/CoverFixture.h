@@ -1,5 +1,4 @@
-// Support for the tests of the cover (the view of a launch screen) and of content views: a journal
-// of events, delegates that write into the journal, and a fixture with a controller to present.
+// Support for the tests of covers and of content views. A cover is the view of a launch screen.
 #pragma once
 
 #include <cstdint>
@@ -22,10 +21,11 @@ using Lines = std::vector<std::string>;
 /// journal.
 using Journal = std::shared_ptr<Lines>;
 
-/// The operations of LaunchScreenViewControllerDelegate, in the order of their declaration.
+/// The operations of LaunchScreenViewControllerDelegate. A value is the number of the operation's
+/// bit in an OperationSet.
 enum class CoverCall : std::uint8_t { WillPresent, CanDismiss, DidDismiss };
 
-/// A delegate of the cover's controller. It writes "name: will present", "name: can dismiss" and
+/// A delegate of a cover's controller. It writes "name: will present", "name: can dismiss" and
 /// "name: did dismiss" into the journal.
 class CoverDelegate final
     : public Class<CoverDelegate, "CoverDelegate", NSObject, LaunchScreenViewControllerDelegate> {
@@ -59,15 +59,16 @@ class CoverDelegate final
   std::string name_;
   Journal journal_;
   OperationSet responding_ = 0b111;
-  CoverCall workCall_ = CoverCall::WillPresent;
+  CoverCall workCall_ = CoverCall::WillPresent;  // the call that runs `work_`
   std::function<void()> work_;
 };
 
-/// The operations of ContentViewDelegate, in the order of their declaration.
+/// The operations of ContentViewDelegate. A value is the number of the operation's bit in an
+/// OperationSet.
 enum class ContentViewCall : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
-/// A host's view delegate. It writes "name: will appear", "name: can disappear" and "name: did
-/// disappear" into the journal.
+/// A host's delegate of a content view. It writes "name: will appear", "name: can disappear" and
+/// "name: did disappear" into the journal.
 class HostViewDelegate final
     : public Class<HostViewDelegate, "HostViewDelegate", NSObject, ContentViewDelegate> {
  public:
@@ -96,9 +97,9 @@ class HostViewDelegate final
   OperationSet responding_ = 0b111;
 };
 
-/// Writes the platform's events into the journal: the life-cycle methods of the cover's controller,
-/// "window opened", "window closed", and a line such as "style 7" when a window's style mask is
-/// set.
+/// Writes events of the platform into the journal: "viewWillAppear" and the other life-cycle
+/// methods of a cover's controller, "window opened", "window closed", and "style 7" when the style
+/// mask of a window is set to 7.
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
@@ -118,15 +119,16 @@ class PlatformJournal final : public PlatformObserver {
   PlatformObserver* previousObserver_ = setPlatformObserver(this);
 };
 
-/// The tracked cover is the embedded cover that the library keeps alive (EmbeddedCover.h). Returns
-/// true if `superView` contains the tracked cover and `controller` is its controller.
+// The tracked cover is the embedded cover to which the library holds strong references
+// (EmbeddedCover.h).
+
+/// True if the tracked cover is the view of `controller` in `superView`.
 bool isTrackedCover(const Strong<NSView>& superView,
                     const Strong<LaunchScreenViewController>& controller);
-/// True if there is a tracked cover.
 bool hasTrackedCover();
 
-/// A fixture with a journal and a controller to present. The expiration time in the default
-/// configuration is five seconds.
+/// A fixture with a journal and with the controller of a cover. Sets the expiration time in the
+/// default configuration to five seconds.
 class CoverTest : public VirtualPlatformTest {
  protected:
   CoverTest();
@@ -134,7 +136,7 @@ class CoverTest : public VirtualPlatformTest {
   static LaunchScreenConfiguration& configuration() {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
-  /// Adds a new delegate to `controller`.
+  /// Adds a new delegate to `controller` or to `launchScreenController`.
   Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, controller); }
   Strong<CoverDelegate> addDelegate(
       std::string_view name, const Strong<LaunchScreenViewController>& launchScreenController);
@@ -143,7 +145,6 @@ class CoverTest : public VirtualPlatformTest {
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};
-  /// The controller of the cover. Tests present this controller.
   Strong<LaunchScreenViewController> controller;
 };
 

@@ -1,5 +1,4 @@
-// A simulated host for the tests of the library: its delegates, its own view controller, and the
-// steps from request to presentation.
+// Simulates a host, which is a program that uses the library.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +23,7 @@ inline constexpr std::int32_t kHostModeEmbedded = 0;
 inline constexpr std::int32_t kHostModeSheet = 1;
 inline constexpr std::int32_t kHostModeModalWindow = 2;
 
-/// A content resolver delegate that records each reported change of state.
+/// A delegate of a content resolver. It records each reported change of state.
 class ResolverListener final
     : public Class<ResolverListener, "ResolverListener", NSObject, ContentResolverDelegate> {
  public:
@@ -59,9 +58,9 @@ class HostController final
 
   /// The names of the called operations, in the order of the calls.
   std::vector<std::string> calls;
-  /// Each operation except `removeDelegate` stores its arguments here. `deactivate` sets
-  /// `delegate` to null.
+  /// The delegate that `addDelegate` has received. `deactivate` sets it to null.
   Strong<LaunchScreenViewControllerDelegate> delegate;
+  /// The arguments of the last call of `presentForWindowWithPresentationMode`.
   Strong<NSWindow> window;
   LaunchScreenPresentationMode mode = -1;
   Weak<NSViewController> dismissedController;
@@ -87,20 +86,18 @@ class LaunchScreenTest : public VirtualPlatformTest {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
 
-  /// Loads content for the event "launch_end" and then the view of the content. Loading the view
-  /// makes the manager a delegate of the content's view controller. `duration` (in seconds) and
-  /// `mode` are parameters of the content request. If `mode` is empty, the request has no mode.
+  /// Requests a launch screen for the event "launch_end" and loads its view. `duration` is in
+  /// seconds. If `mode` is empty, the request has no mode.
   void load(double duration, std::string_view mode = "");
-  /// Loads content as `load` does, with a HostController instead of the library's controller.
+  /// Does the same as `load`, but a HostController replaces the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
-  /// Presents the main content, which is the manager's `content`. `hostMode` is one of the
-  /// `kHostMode` constants.
+  /// Presents the loaded launch screen. `hostMode` is one of the `kHostMode` constants.
   void present(const Strong<NSWindow>& window, std::int32_t hostMode);
-  /// The main content's controller.
+  /// The controller of the loaded launch screen. Null if it is a HostController.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
 
-  /// Adds a delegate to the controller. The controller calls the delegates of the library first.
-  /// The new delegate writes each call into the journal, with the name "host".
+  /// Adds a delegate with the name "host" to `controller()`. The delegate writes each call into the
+  /// journal. The controller calls the delegates of the library first.
   Strong<CoverDelegate> addHostDelegate();
 
   /// The timer that counts down to the expiration of the launch screen. Null if the countdown is
@@ -113,8 +110,8 @@ class LaunchScreenTest : public VirtualPlatformTest {
   [[nodiscard]] std::size_t registrationCount() const;
   /// The number of pending tasks of the main queue.
   [[nodiscard]] static std::size_t pendingTaskCount();
-  /// The manager's state and `pendingTaskCount()`. Does not include the manager's content and
-  /// delegate.
+  /// Parts of the manager's state, and `pendingTaskCount()`. Tests compare these values before and
+  /// after a call.
   [[nodiscard]] auto state() const {
     return std::tuple(timer(), timeLeft(), manager->appIsUnfocused(), manager->eventWasSended(),
                       manager->launchScreenExpired(), manager->launchShouldBeClosed(),
@@ -125,11 +122,11 @@ class LaunchScreenTest : public VirtualPlatformTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest that shows the view of a HostController in a window.
+/// A fixture that shows the view of a HostController in a window.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
-  /// Loads content, shows the controller's view in an open window that is not key, and starts the
-  /// countdown.
+  /// Loads a launch screen with a new `hostController`, adds the controller's view to the new
+  /// window `window`, and starts the countdown. The window is open but not key.
   void show(double duration, std::string_view mode = "");
   /// Calls the manager's `windowDidResignKey` directly, as if `object` had resigned key.
   void notifyDidResignKey(const Strong<NSObject>& object);

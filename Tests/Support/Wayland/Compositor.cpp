@@ -24,6 +24,7 @@ std::filesystem::path makeFolder() {
 
 }  // namespace
 
+// The compositor and `user_`, which simulates the user, are clients of the X server `server_`.
 Compositor::Compositor(const std::vector<std::string>& serverArguments)
     : server_(serverArguments), user_(server_.display()), folder_(makeFolder()) {}
 

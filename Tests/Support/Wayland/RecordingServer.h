@@ -5,9 +5,9 @@
 
 namespace vel::test {
 
-/// Accepts clients on the socket `wayland-1` in `folder`. Executes the commands that arrive on the
-/// socket `control` and sends a reply to each one. Returns when the other end of `control` is
-/// closed.
+/// Accepts clients on the socket `wayland-1` in `folder`. `control` is the descriptor of a second
+/// socket, which receives commands. The server executes each command and sends a reply. Returns
+/// when the other end of `control` is closed.
 void runRecordingServer(const std::filesystem::path& folder, int control);
 
 }  // namespace vel::test

@@ -25,14 +25,14 @@ constexpr NSWindowStyleMask kAllControls = NSWindowStyleMaskTitled | NSWindowSty
                                            NSWindowStyleMaskMiniaturizable |
                                            NSWindowStyleMaskResizable;
 
-// The frame of libdecor, in points.
+// Sizes of libdecor's frame.
 constexpr int kTitleHeight = 24;
 constexpr int kButtonWidth = 32;
 
-/// The part of the screen that `whiteArea` searches. It excludes the corner into which
-/// `hidePointer` moves the pointer.
+/// The part of the screen in which the tests look for white pixels. `hidePointer` moves the pointer
+/// to a corner outside this part.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
-/// The content of a new window, which is in the middle of the screen.
+/// The content of a new window. New windows are in the middle of the screen.
 constexpr PixelRect kContent{312, 254, 400, 260};
 constexpr PixelRect kMiddle{512, 384, 1, 1};
 
@@ -56,16 +56,16 @@ PixelRect titleBarOf(PixelRect content) {
   return {content.x, content.y - kTitleHeight, content.width, kTitleHeight};
 }
 
-/// The back end on a connection of its own to weston, with a white window.
+/// The back end as a client of weston.
 class WaylandFrame : public testing::Test {
  protected:
-  /// Connects to weston.
   void connect() {
     std::string error;
     system = WaylandWindowSystem::open(weston.display(), error);
     ASSERT_NE(system, nullptr) << error;
     system->setDelegate(&reports);
   }
+  /// Opens a white window. With an owner, the window is a sheet.
   WindowHandle makeWindow(NSWindowStyleMask styleMask, CGSize size = kSize,
                           WindowHandle owner = WindowHandle::None) {
     const WindowHandle handle = system->createWindow(
@@ -81,7 +81,7 @@ class WaylandFrame : public testing::Test {
     system->orderFront(handle);
     return handle;
   }
-  /// Connects, opens a window and waits until it is on the screen and has the focus.
+  /// Connects, opens `window` and waits until it is on the screen and has the focus.
   void open(NSWindowStyleMask styleMask = kAllControls) {
     ASSERT_NO_FATAL_FAILURE(connect());
     window = makeWindow(styleMask);
@@ -90,16 +90,15 @@ class WaylandFrame : public testing::Test {
   }
 
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(*system, condition); }
-  /// The rectangle around all white pixels.
+  /// The rectangle around all white pixels in `kSearchedArea`.
   [[nodiscard]] PixelRect whiteArea() const {
     Picture picture = weston.picture(kSearchedArea);
     for (std::uint32_t& pixel : picture.pixels) {
       pixel = pixel == kWhite ? 1 : 0;
     }
-    // The bounds of the pixels that are not 0, which are the white ones.
     return picture.boundsOfPixelsExcept(0);
   }
-  /// Waits until this area of the screen is white, and all pixels outside it have other colours.
+  /// Waits until all pixels of `area` are white and no other pixel is white.
   bool waitForContent(PixelRect area) {
     return waitFor([&] { return whiteArea() == area && weston.picture(area).isAll(kWhite); });
   }
@@ -108,13 +107,14 @@ class WaylandFrame : public testing::Test {
   }
 
   void click(Point point) { weston.click(point.x, point.y); }
-  /// Presses the button at `start`, moves the pointer back and forth at `end` until the condition
-  /// is true, and releases the button.
+  /// Presses the button at `start`, moves the pointer to `end`, and releases the button when the
+  /// condition is true. Until then, moves the pointer back and forth by one pixel. Returns false if
+  /// the condition does not become true in time.
   bool drag(Point start, Point end, const std::function<bool()>& condition) {
     weston.movePointer(start.x, start.y);
     weston.pressButton();
     int step = 0;
-    const bool isTrue = waitFor([&] {
+    const bool isConditionTrue = waitFor([&] {
       weston.movePointer(end.x + step, end.y);
       step = 1 - step;
       return condition();
@@ -122,10 +122,10 @@ class WaylandFrame : public testing::Test {
     weston.movePointer(end.x, end.y);
     weston.releaseButton();
     weston.hidePointer();
-    return isTrue;
+    return isConditionTrue;
   }
-  /// Drags the window by its title bar and updates `content`. When this function returns, weston
-  /// has handled all earlier input.
+  /// Drags the window by its title bar, `distance` pixels to the right and down, and updates
+  /// `content`. When this function returns, weston has handled all earlier input.
   void moveWindow(PixelRect& content, int distance) {
     const PixelRect previous = content;
     const Point start = titleOf(content);
@@ -168,7 +168,7 @@ TEST_F(WaylandFrame, ShowsTheControlsOfTheStyleMask) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) != titleBar; }));
   EXPECT_TRUE(waitFor([this] { return reports.count("controls kept") > 0; }));
-  // 0: the frame offers no control that the style mask excludes, so it has kept none.
+  // 0 means that the frame offers no control that the style mask excludes.
   EXPECT_TRUE(reports.contains("controls kept " + nameOf(window) + " 0"));
   weston.picture().save("wayland-frame-without-controls");
   system->setStyleMask(window, kAllControls);
@@ -180,7 +180,7 @@ TEST_F(WaylandFrame, AClickOnTheCloseButtonIsReportedOnlyIfTheWindowIsClosable) 
   PixelRect content = kContent;
   system->setStyleMask(window, kAllControls & ~NSWindowStyleMaskClosable);
   click(closeButtonOf(content));
-  moveWindow(content, 60);
+  moveWindow(content, 60);  // weston handles the click before the drag
   EXPECT_EQ(reports.count("close requested"), 0);
   system->setStyleMask(window, kAllControls);
   click(closeButtonOf(content));
@@ -188,8 +188,7 @@ TEST_F(WaylandFrame, AClickOnTheCloseButtonIsReportedOnlyIfTheWindowIsClosable) 
   EXPECT_EQ(reports.count("close requested"), 1);
 }
 
-// The test removes the controls one by one and restores them together. The launch screen does this
-// too.
+// Like the launch screen, the test removes the controls one by one and restores them together.
 TEST_F(WaylandFrame, TheUserCanResizeTheWindowOnlyIfItIsResizable) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;
@@ -244,15 +243,14 @@ TEST_F(WaylandFrame, UnmaximisingAWindowRestoresItsSize) {
   EXPECT_EQ(reports.lastFrame.size, (CGSize{1024, 768 - kTitleHeight}));
   ASSERT_TRUE(waitFor([this] { return whiteArea().width == kSearchedArea.width; }));
   weston.picture().save("wayland-frame-maximised");
-  // The class Weston loads the module weston-control.c. This module moves the content to the middle
-  // of the screen, even if the window is maximised. So the upper half of the title bar is outside
-  // the screen. The click hits the lower half.
+  // weston's module weston-control.c centres the content on the screen even if the window is
+  // maximised. So only the lower half of the title bar is on the screen.
   click({1024 - kButtonWidth * 3 / 2, kTitleHeight / 4});
   EXPECT_TRUE(waitFor([this] { return reports.lastFrame.size == kSize; }));
   EXPECT_TRUE(waitFor([this] { return whiteArea().width == kContent.width; }));
 }
 
-// weston ends the connection if a maximised window commits another size than the configured one.
+// weston ends the connection if a maximised window commits a size other than the configured size.
 TEST_F(WaylandFrame, SetFrameDoesNotResizeAMaximisedWindow) {
   ASSERT_NO_FATAL_FAILURE(open());
   click({kContent.x + kContent.width - kButtonWidth * 3 / 2, kContent.y - kTitleHeight / 2});
@@ -292,7 +290,7 @@ TEST_F(WaylandFrame, ABorderlessWindowHasNoFrameUntilItGetsATitleBar) {
   EXPECT_TRUE(waitForContent(kContent));
 }
 
-TEST_F(WaylandFrame, AWindowHiddenWhileThePointerIsOverItCanBeShownAgain) {
+TEST_F(WaylandFrame, AHiddenWindowIgnoresClicksAndCanBeShownAgain) {
   ASSERT_NO_FATAL_FAILURE(open());
   const Point closeButton = closeButtonOf(kContent);
   weston.movePointer(closeButton.x, closeButton.y);

@@ -13,7 +13,7 @@ class HiddenLibrary : NonCopyable {
   explicit HiddenLibrary(const std::string& name);
   ~HiddenLibrary();
 
-  /// The number of attempts to load the hidden library.
+  /// How many times the test program has tried to load the library while it is hidden.
   [[nodiscard]] static int loadAttemptCount();
 };
 

@@ -40,7 +40,7 @@ std::ptrdiff_t openDescriptorCount() {
                        std::filesystem::directory_iterator());
 }
 
-/// A host in the middle of the screen, and the back end on the connection of the host.
+/// A host with a window in the middle of the screen. The back end uses the connection of the host.
 class WaylandCover : public testing::TestWithParam<CompositorKind> {
  protected:
   WaylandCover() {
@@ -54,7 +54,7 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     host = nullptr;
   }
 
-  /// Adopts the window of the host. Passes the xdg_toplevel if `passesToplevel` is true.
+  /// Adopts the window of the host.
   AdoptedWindow adopt(bool passesToplevel = true) {
     WaylandSurface window = host->window();
     if (!passesToplevel) {
@@ -74,13 +74,13 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
       return condition();
     });
   }
-  /// The area on the screen of a window of this size. The compositor centres windows.
+  /// The area of the screen that a window of this size covers. The compositor centres windows.
   static PixelRect areaOf(CGSize size) {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
   }
-  /// Waits until the next deadline is not 0. A deadline of 0 means that work is due now. Then
-  /// expects that the next deadline is at most 50 milliseconds away.
+  /// Expects that the first deadline other than 0 is at most 50 milliseconds away. A deadline of 0
+  /// means that work is due now.
   void expectDeadlineWithin50Milliseconds() {
     Nanoseconds deadline = 0;
     ASSERT_TRUE(waitFor([&] {
@@ -90,6 +90,7 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     EXPECT_LE(deadline, steadyNow() + kNanosecondsPerSecond / 20);
   }
   [[nodiscard]] Picture picture() const { return compositor->picture(areaOf(host->size())); }
+  /// Waits until the area of the host's window shows only this colour.
   bool becomes(std::uint32_t color) {
     return waitWithHost([this, color] { return picture().isAll(color); });
   }
@@ -111,7 +112,7 @@ TEST_P(WaylandCover, AnAdoptedSurfaceIsAPlayerWindowWithTheHostsSizeAndFocus) {
   EXPECT_TRUE(window.hasFocus);
 }
 
-TEST_P(WaylandCover, TheCoverHidesExactlyTheHostEvenIfTheHostDoesNotCommit) {
+TEST_P(WaylandCover, TheCoverHasTheSizeOfTheHostAndNeedsNoCommitOfTheHost) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -171,8 +172,8 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
   EXPECT_EQ(host->presses(), 2);
-  // A cover must have no user data, because a toolkit in the host would mistake the data for its
-  // own data.
+  // The wl_surface of a cover must have no user data. A toolkit in the host would mistake the data
+  // for its own.
   EXPECT_FALSE(host->hasEnteredForeignSurfaceWithData());
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
@@ -192,13 +193,13 @@ TEST_P(WaylandCover, LosingAndRegainingTheFocusIsReported) {
                                                      "activated " + nameOf(window.handle)}));
 }
 
-TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheReportOfALostFocus) {
+TEST_P(WaylandCover, ALostFocusIsReportedEvenIfTheHostHasReadTheEvents) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   ASSERT_TRUE(becomes(kWhite));
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
-  // The host reads all events of the connection, so the descriptor is not readable any more.
+  // The host has read all events, so the descriptor of the connection is no longer readable.
   ASSERT_TRUE(eventually([this] {
     host->pump();
     return system->nextDeadline() == 0;
@@ -302,8 +303,8 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 1; }));
   system->setModalWindow(WindowHandle::None);
   system->releaseWindow(modal);
-  // After the round trip, the compositor has removed the shield. A picture cannot show the removal:
-  // the shield is transparent, and the click may have put the host in front of the modal window.
+  // A transparent surface was over the host while a window was modal. After this round trip, the
+  // compositor has removed the transparent surface.
   wl_display_roundtrip(host->display());
   ASSERT_TRUE(becomes(kGreen));
   compositor->click(310, 310);
@@ -314,7 +315,7 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
 TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjectsAndNoDescriptors) {
   ASSERT_TRUE(becomes(kGreen));
   const auto nextId = [this] {
-    wl_display_roundtrip(host->display());  // the compositor frees the ids of destroyed objects
+    wl_display_roundtrip(host->display());  // frees the ids of destroyed objects
     system->deliverEvents();
     wl_surface* const surface = wl_compositor_create_surface(host->compositor());
     const std::uint32_t id = wl_proxy_get_id(reinterpret_cast<wl_proxy*>(surface));
@@ -351,8 +352,8 @@ TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
-// A host that passes its toplevel must not destroy the adopted surface. So this host does not pass
-// its toplevel.
+// A host may destroy an adopted surface only if `adoptWindow` has not received the xdg_toplevel of
+// the surface.
 TEST_P(WaylandCover, DestroyingAnAdoptedSurfaceDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);

@@ -1,4 +1,4 @@
-// The requests that a compositor receives for windows of the back end.
+// The requests that the back end sends for its windows, and its reactions to events.
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -29,10 +29,9 @@ Scene whiteWithSpinner(CGSize size) {
            .isAnimated = true}};
 }
 
-/// The back end on a connection of its own.
+/// The back end as the client of a compositor that records its requests.
 class WaylandWindowRequests : public testing::Test {
  protected:
-  /// Connects the back end to the compositor.
   void start() {
     std::string error;
     system = WaylandWindowSystem::open(compositor.display(), error);
@@ -73,13 +72,13 @@ class WaylandWindowRequests : public testing::Test {
     exchange();
     return std::exchange(reports.lines, {});
   }
-  /// Makes the next `takeRequests` return only later requests.
+  /// Deletes the requests that the compositor has recorded so far.
   void discardRequests() { compositor.takeRequests(""); }
-  /// The surfaces of the open windows: those without a parent.
+  /// The surfaces of the open windows. Only these surfaces have no parent.
   std::vector<SurfaceRecord> windows() { return compositor.children(0); }
   SurfaceRecord firstWindow() { return windows().at(0); }
   SurfaceRecord spinner() { return compositor.children(firstWindow().id).at(0); }
-  /// The surface of the window that has opened last.
+  /// The surface of the window that opened last.
   SurfaceRecord lastWindow() { return windows().back(); }
 
   RecordingCompositor compositor;
@@ -145,7 +144,7 @@ TEST_F(WaylandWindowRequests, TheUserMovesAWindowByItsBackgroundUnlessAnotherWin
 
 // Outputs
 
-/// The parameter is true if the compositor has viewporter.
+/// The parameter is true if the compositor has wp_viewporter.
 class WaylandWindowScale : public WaylandWindowRequests, public testing::WithParamInterface<bool> {
  protected:
   WaylandWindowScale() {
@@ -153,6 +152,7 @@ class WaylandWindowScale : public WaylandWindowRequests, public testing::WithPar
       compositor.addGlobal("wp_viewporter");
     }
   }
+  /// Expects that the spinner has the same size on the screen and `scale` times as many pixels.
   void expectScale(int scale) {
     exchange();
     EXPECT_EQ(firstWindow().size(), kSize);
@@ -224,7 +224,7 @@ TEST_F(WaylandWindowRequests, SetFrameDoesNotResizeAMaximisedWindow) {
   EXPECT_EQ(firstWindow().size(), (CGSize{500, 320}));
 }
 
-TEST_F(WaylandWindowRequests, AMaximisedWindowThatBecomesNonResizableTakesTheNextConfiguredSize) {
+TEST_F(WaylandWindowRequests, ANonResizableWindowTakesTheConfiguredSizeWhenItIsUnmaximised) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
@@ -265,12 +265,12 @@ TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCha
   system->setTitle(window, title);
   exchange();
   EXPECT_FALSE(reports.contains("display lost"));
-  EXPECT_EQ(firstWindow().titleLength, 3999);
+  EXPECT_EQ(firstWindow().titleLength, 3999);  // the limit is 4000 bytes
 }
 
 // xdg_wm_base
 
-TEST_F(WaylandWindowRequests, AWindowStaysOpenIfItsTitleBarIsRemovedAfterXdgWmBase) {
+TEST_F(WaylandWindowRequests, AWindowStaysOpenIfItLosesItsTitleBarWithoutXdgWmBase) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled);
@@ -315,7 +315,7 @@ TEST_F(WaylandWindowRequests, NoWindowOpensWhileTheCompositorHasNoXdgWmBase) {
 
 // xdg_wm_dialog_v1
 
-TEST_F(WaylandWindowRequests, AModalWindowIsModalForTheCompositorDuringTheModalSession) {
+TEST_F(WaylandWindowRequests, TheCompositorTreatsAWindowAsModalDuringItsModalSession) {
   compositor.addGlobal("xdg_wm_dialog_v1");
   start();
   const WindowHandle modal = openModalWindow();
@@ -349,7 +349,7 @@ TEST_F(WaylandWindowRequests, AWindowThatOpensDuringItsModalSessionIsModal) {
   EXPECT_TRUE(lastWindow().isModal);
 }
 
-TEST_F(WaylandWindowRequests, TheDialogIsDestroyedBeforeItsToplevel) {
+TEST_F(WaylandWindowRequests, TheXdgDialogIsDestroyedBeforeItsToplevel) {
   compositor.addGlobal("xdg_wm_dialog_v1");
   start();
   const WindowHandle modal = openModalWindow();
@@ -361,7 +361,7 @@ TEST_F(WaylandWindowRequests, TheDialogIsDestroyedBeforeItsToplevel) {
               ElementsAre("xdg_dialog_v1.destroy", "xdg_toplevel.destroy", "xdg_surface.destroy"));
 }
 
-TEST_F(WaylandWindowRequests, AModalWindowHasNoDialogOutsideAModalSession) {
+TEST_F(WaylandWindowRequests, AModalWindowHasNoXdgDialogBeforeItsModalSession) {
   compositor.addGlobal("xdg_wm_dialog_v1");
   start();
   openModalWindow();

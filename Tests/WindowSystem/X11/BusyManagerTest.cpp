@@ -1,5 +1,5 @@
-// The window manager is stopped while the back end restores the controls (close, miniaturise,
-// resize) of a covered window.
+// The back end restores the controls (close, miniaturise, resize) of a window while the window
+// manager is busy. SIGSTOP simulates the busy window manager.
 #include <gmock/gmock.h>
 
 #include <csignal>
