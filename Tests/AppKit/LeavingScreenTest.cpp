@@ -19,7 +19,7 @@ class LeavingScreenTest : public EventRecordingTest {
     recorder.takeEvents();
   }
 
-  // The window on screen with this name; null if no window has this name.
+  // The window on screen with this class name; null if there is no such window.
   static Strong<NSWindow> windowNamed(std::string_view name) {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       if (window->className() == name) {
@@ -102,7 +102,7 @@ TEST_F(LeavingScreenTest, ClosingAWindowThatIsNotKeyDoesNotChangeTheKeyWindow) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LeavingScreenTest, ControllersDisappearBeforeTheWindowResignsKey) {
+TEST_F(LeavingScreenTest, TheViewDisappearsBeforeTheClosedWindowResignsKey) {
   addController(windowNamed("C"), "view");
   recorder.takeEvents();
   windowNamed("C")->close();

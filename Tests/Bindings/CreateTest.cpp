@@ -55,7 +55,7 @@ TEST_F(CreateTest, CreateOpensAWindowOf1280By720ByDefault) {
   EXPECT_EQ(NSApp->keyWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(CreateTest, OptionsSetTheTitleTheSizeAndTheContentController) {
+TEST_F(CreateTest, OptionsDefineTitleSizeAndContentController) {
   VelCreateOptions options = virtualTimeOptions();
   options.title = "A game";
   options.width = 640;
@@ -74,7 +74,7 @@ TEST_F(CreateTest, CreateRefusesANullPointerForTheHandle) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, AFailedCreateSetsTheHandleToNull) {
+TEST_F(CreateTest, CreateSetsTheHandleToNullIfItFails) {
   screen = reinterpret_cast<VelLaunchScreen*>(77);
   EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(screen, nullptr);
@@ -123,7 +123,7 @@ TEST_F(CreateTest, TheCallbacksStructureIsCopied) {
   std::memset(&callbacks, 0xff, sizeof callbacks);
   const VelRequest request = makeRequest("launch_end", 1);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
-  // 3: VEL_STATE_LOADED.
+  // 3 is VEL_STATE_LOADED.
   EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
 }
 
@@ -141,7 +141,7 @@ TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
   }
 }
 
-TEST_F(CreateTest, CreateReturnsNoDisplayForAnUnsupportedDisplay) {
+TEST_F(CreateTest, AnUnsupportedDisplayIsRefused) {
   VelCreateOptions options = virtualTimeOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -149,7 +149,7 @@ TEST_F(CreateTest, CreateReturnsNoDisplayForAnUnsupportedDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, CreateReturnsNoDisplayIfTheX11DisplayCannotBeOpened) {
+TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedIsRefused) {
   VelCreateOptions options = virtualTimeOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
@@ -158,7 +158,7 @@ TEST_F(CreateTest, CreateReturnsNoDisplayIfTheX11DisplayCannotBeOpened) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, CreateReturnsNoDisplayIfTheCocoaBackEndIsNotBuiltIn) {
+TEST_F(CreateTest, TheCocoaDisplayIsRefusedIfItIsNotBuiltIn) {
   VelCreateOptions options = virtualTimeOptions();
   options.display = "cocoa";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -204,7 +204,7 @@ TEST_F(CreateTest, CreateIsRefusedWhileTheHostHasItsOwnNSApplication) {
   EXPECT_EQ(NSApp, application);
 }
 
-TEST_F(CreateTest, ASuccessClearsTheLastError) {
+TEST_F(CreateTest, CreateClearsTheLastErrorIfItSucceeds) {
   EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
   const VelCreateOptions options = virtualTimeOptions();
@@ -264,7 +264,7 @@ TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
   EXPECT_STRNE(vel_last_error(), "");
 }
 
-TEST_F(CreateTest, NoFunctionAcceptsAHandleThatWasNeverCreated) {
+TEST_F(CreateTest, NoFunctionAcceptsAPointerThatIsNotAHandle) {
   const VelCreateOptions options = virtualTimeOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAllFunctions(reinterpret_cast<VelLaunchScreen*>(&screen)),

@@ -1,4 +1,5 @@
-// The library calls `ended` once for each presented launch screen, with the reason.
+// The library calls the callback `ended` once for each presented launch screen. The argument is the
+// reason why the launch screen has ended.
 #include <algorithm>
 #include <functional>
 #include <stdexcept>
@@ -39,7 +40,7 @@ class EndedTest : public CBindingTest {
   }
 };
 
-TEST_F(EndedTest, EndedIsCalledOneSecondAfterDidDisappearWithoutAContentController) {
+TEST_F(EndedTest, EndedIsCalledOneSecondAfterDidDisappearIfTheWindowHasNoContentController) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
@@ -51,7 +52,7 @@ TEST_F(EndedTest, EndedIsCalledOneSecondAfterDidDisappearWithoutAContentControll
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, EndedIsCalledRightAfterDidDisappearWithAContentController) {
+TEST_F(EndedTest, EndedIsCalledRightAfterDidDisappearIfTheWindowHasAContentController) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
@@ -80,12 +81,12 @@ TEST_F(EndedTest, TheEndIsReportedAfterAnExceptionInWillAppear) {
   expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, TheTimeCanBeUsedUpInSkipMode) {
+TEST_F(EndedTest, TheReasonIsTimeUsedUpInSkipModeWithoutADismissal) {
   present(VEL_PRESENT_MODAL, 1, "skip");
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, DismissCallsEndedAtOnceWithAContentController) {
+TEST_F(EndedTest, DismissCallsEndedAtOnceIfTheWindowHasAContentController) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
@@ -96,14 +97,14 @@ TEST_F(EndedTest, DismissCallsEndedAtOnceWithAContentController) {
   }
 }
 
-TEST_F(EndedTest, DismissDoesNotCallEndedAtOnceWithoutAContentController) {
+TEST_F(EndedTest, DismissDoesNotCallEndedAtOnceIfTheWindowHasNoContentController) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
   expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, APostponedDismissalHasTheReasonDismissed) {
+TEST_F(EndedTest, TheReasonIsDismissedAfterAPostponedDismissal) {
   present(VEL_PRESENT_MODAL, 60, "skip");
   ASSERT_EQ(vel_run(screen, 1), VEL_OK);
   runInPass([] { windowSystem().userMovesFocusAway(); });
@@ -115,19 +116,19 @@ TEST_F(EndedTest, APostponedDismissalHasTheReasonDismissed) {
 
 TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
   present(VEL_PRESENT_MODAL, 5);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the dismissal is refused
   EXPECT_EQ(endCount(), 0u);
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosedAfterARefusedDismissal) {
+TEST_F(EndedTest, TheReasonIsWindowClosedIfTheWindowIsDestroyedAfterARefusedDismissal) {
   present(VEL_PRESENT_MODAL, 5);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the dismissal is refused
   runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
   expectEndedOnce(VEL_END_WINDOW_CLOSED);
 }
 
-TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
+TEST_F(EndedTest, TheReasonIsWindowClosedIfTheWindowIsDestroyed) {
   for (const int contentController : {0, 1}) {
     VelCreateOptions options = virtualTimeOptions(&callbacks);
     options.content_controller = contentController;
@@ -140,7 +141,7 @@ TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
   }
 }
 
-TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
+TEST_F(EndedTest, TheReasonIsWindowClosedIfTheParentOfTheSheetIsDestroyed) {
   createWithContentController();
   const WindowHandle window = NSApp->keyWindow()->handle();
   present(VEL_PRESENT_SHEET, 5);
@@ -148,7 +149,7 @@ TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
   expectEndedOnce(VEL_END_WINDOW_CLOSED);
 }
 
-TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
+TEST_F(EndedTest, TheReasonIsDisplayLostIfTheConnectionIsLost) {
   for (const VelPresentation presentation : {VEL_PRESENT_EMBEDDED, VEL_PRESENT_MODAL}) {
     createAgain(virtualTimeOptions(&callbacks));
     host.callbackLines.clear();
@@ -159,7 +160,7 @@ TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
   }
 }
 
-TEST_F(EndedTest, DestroyCallsEndedLastWithTheReasonDestroyed) {
+TEST_F(EndedTest, DestroyCallsEndedAsItsLastStep) {
   present(VEL_PRESENT_EMBEDDED, 5);
   const Strong<NSWindow> window = NSApp->keyWindow();
   VelLaunchScreen* const staleHandle = screen;
@@ -175,7 +176,7 @@ TEST_F(EndedTest, DestroyCallsEndedLastWithTheReasonDestroyed) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-TEST_F(EndedTest, EndedCanCreateALaunchScreenInsideDestroy) {
+TEST_F(EndedTest, EndedMayCallCreateDuringDestroy) {
   present(VEL_PRESENT_EMBEDDED, 5);
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
@@ -212,7 +213,7 @@ TEST_F(EndedTest, DestroyInsideACallbackCausesOneCallOfEnded) {
   }
 }
 
-// vel_dismiss calls may_disappear, in which vel_pump calls did_disappear.
+// vel_dismiss calls may_disappear. This callback calls vel_pump, which calls did_disappear.
 TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
@@ -229,8 +230,8 @@ TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-// vel_present calls log_line before it shows the launch screen. At that time, vel_pump must not
-// call `ended`, although no launch screen is shown.
+// vel_present calls log_line before it shows the launch screen. vel_pump must not mistake a launch
+// screen that is not shown yet for one that has ended.
 TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
@@ -249,7 +250,7 @@ TEST_F(EndedTest, EndedIsNotCalledWithoutAPresentation) {
   EXPECT_EQ(endCount(), 0u);
 }
 
-TEST_F(EndedTest, EndedCanPresentTheNextLaunchScreen) {
+TEST_F(EndedTest, EndedMayPresentTheNextLaunchScreen) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended" && !hasPresentedNext) {

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Compiles the public headers of the library before and after headers of macOS. Also compiles the
-Objective-C interface.
+"""Compiles the public headers of the library together with headers of macOS, in both orders. Also
+compiles the Objective-C interface.
 
 usage: system_headers_test.py COMPILER...
 
-The headers of macOS are represented by the macros in SystemHeaders/MacOSMacros.h, and by the free
-AppKit of GNUstep if gnustep-config is installed. A compiler without Objective-C++ compiles only C++.
+The test does not need macOS: it uses the macros in SystemHeaders/MacOSMacros.h, and the free AppKit
+of GNUstep if it is installed. A compiler that does not support Objective-C++ compiles only C++.
 """
 
 import shlex

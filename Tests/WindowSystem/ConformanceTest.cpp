@@ -68,7 +68,7 @@ TEST_P(Conformance, EachWindowHasItsOwnHandle) {
   EXPECT_NE(firstWindow, secondWindow);
 }
 
-TEST_P(Conformance, AFocusRequestBeforeTheWindowIsShownReportsNothing) {
+TEST_P(Conformance, AFocusRequestForAWindowThatIsNotShownCausesNoReport) {
   system().requestFocus(create());
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
@@ -88,7 +88,7 @@ TEST_P(Conformance, OperationsOnAReleasedWindowDoNothing) {
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, OperationsOnADestroyedWindowDoNothingIfTheBackEndReportsDestruction) {
+TEST_P(Conformance, OperationsOnADestroyedWindowDoNothing) {
   const WindowHandle window = openFocused();
   display->ownerDestroysWindow(window);
   if (!GetParam().reportsDestruction) {
@@ -190,8 +190,8 @@ TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-// Kept controls are those that the window manager still offers although the style mask excludes
-// them.
+// Remaining controls are controls that the window manager still offers although the style mask
+// excludes them.
 TEST_P(Conformance, RemainingControlsAreReportedIfTheBackEndCanReportThem) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
@@ -344,7 +344,6 @@ TEST_P(Conformance, ReportsAreDiscardedWhileNoDelegateIsSet) {
   deliver();
   deliver();  // a back end may need a second round trip to notice the lost focus
   EXPECT_THAT(reports.lines, IsEmpty());
-  // A delegate that is set later does not receive the discarded reports.
   ReportListener laterDelegate;
   system().setDelegate(&laterDelegate);
   deliver();

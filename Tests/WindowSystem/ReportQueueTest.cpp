@@ -33,7 +33,7 @@ TEST_F(ReportQueueTest, AddingAReportDoesNotCallTheDelegate) {
   EXPECT_FALSE(queue_->isEmpty());
 }
 
-TEST_F(ReportQueueTest, ReportsAreDeliveredInTheOrderOfAdding) {
+TEST_F(ReportQueueTest, ReportsAreDeliveredInTheOrderInWhichTheyWereAdded) {
   queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));
   queue_->add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
   queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
@@ -70,7 +70,7 @@ TEST_F(ReportQueueTest, ReportsAreDiscardedWhileNoDelegateIsSet) {
   EXPECT_THAT(reports_.lines, IsEmpty());
 }
 
-TEST_F(ReportQueueTest, AReportAddedDuringDeliveryIsDeliveredToo) {
+TEST_F(ReportQueueTest, DeliverAlsoDeliversReportsThatAreAddedDuringDelivery) {
   queue_->add(kFirstWindow, [this](WindowSystemDelegate& delegate) {
     delegate.focusMoved(kFirstWindow);
     queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));

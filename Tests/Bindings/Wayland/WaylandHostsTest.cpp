@@ -1,5 +1,5 @@
 // Launch screens over the Wayland windows of hosts that are busy, use a second thread or use a
-// toolkit. The tests use the C interface and run under each compositor.
+// toolkit. The tests use the C interface and run under sway and weston.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,11 +22,13 @@ constexpr CGSize kLargeSize{700, 450};
 constexpr CGSize kScreenSize{1024, 768};
 constexpr int kFrames = 20;
 
-/// The part of the screen in which tests search for windows. It excludes the pointer.
+/// The part of the screen in which tests search for windows. It excludes the lower right corner,
+/// where weston shows the pointer.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 
-/// The rectangle around all pixels of this colour; empty if there are no such pixels.
-PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
+/// The smallest rectangle that contains all pixels of this colour in kSearchedArea; empty if there
+/// are no such pixels.
+PixelRect boundsOfColor(const Compositor& compositor, std::uint32_t color) {
   Picture picture = compositor.picture(kSearchedArea);
   for (std::uint32_t& pixel : picture.pixels) {
     pixel = pixel == color ? 1 : 0;
@@ -34,13 +36,13 @@ PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
   return picture.boundsOfPixelsExcept(0);
 }
 
-/// True if the pixels of this colour in kSearchedArea are exactly one rectangle of this size. A
-/// size that exceeds kSearchedArea is reduced to it.
+/// True if the pixels of this colour in kSearchedArea are exactly one rectangle of this size. The
+/// part of the rectangle outside kSearchedArea is ignored.
 bool hasRectangle(const Compositor& compositor, std::uint32_t color, CGSize size) {
-  const PixelRect area = areaWith(compositor, color);
-  return area.width == std::min(static_cast<int>(size.width), kSearchedArea.width) &&
-         area.height == std::min(static_cast<int>(size.height), kSearchedArea.height) &&
-         compositor.picture(area).isAll(color);
+  const PixelRect bounds = boundsOfColor(compositor, color);
+  return bounds.width == std::min(static_cast<int>(size.width), kSearchedArea.width) &&
+         bounds.height == std::min(static_cast<int>(size.height), kSearchedArea.height) &&
+         compositor.picture(bounds).isAll(color);
 }
 
 /// A host with an xdg-shell window that it creates without a toolkit.
@@ -74,7 +76,7 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK) << vel_last_error();
     }
   }
-  /// Pumps only the library, as if the host were busy, until the window has this colour.
+  /// Simulates a busy host: pumps only the library until the window has this colour.
   bool becomes(std::uint32_t color) {
     return eventually([&] {
       pump();
@@ -89,8 +91,8 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
       return condition();
     });
   }
-  /// Waits until the host has this size, reports the size to the library, and waits until the white
-  /// window has this size.
+  /// Waits until the window has this size, reports the size to the library, and waits until the
+  /// cover has this size.
   void expectResize(CGSize size) {
     ASSERT_TRUE(waitWithHost([&] { return host.size() == size; }));
     ASSERT_EQ(vel_resized(screen, size.width, size.height), VEL_OK) << vel_last_error();
@@ -202,7 +204,7 @@ TEST_P(WaylandHosts, TheCoverAndTheCountdownWorkWhileASecondThreadOfTheHostReads
   EXPECT_TRUE(pauseBecomes(VEL_PAUSE_NONE));
   expectHostAfterEnd();
   isStopRequested = true;
-  // The reply makes wl_display_dispatch() return in the reading thread.
+  // The reply to wl_display_sync() makes wl_display_dispatch() return in the reading thread.
   wl_callback* const syncCallback = wl_display_sync(host.display());
   wl_display_flush(host.display());
   readingThread.join();
@@ -234,7 +236,7 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
         "XDG_RUNTIME_DIR=/tmp", "GSETTINGS_BACKEND=memory", "NO_AT_BRIDGE=1",
         "LIBGL_ALWAYS_SOFTWARE=1"};
     command.insert(command.end(), GetParam().command.begin(), GetParam().command.end());
-    program = Process(command, ":2147483647");  // no X server has this number
+    program = Process(command, ":2147483647");  // no X server has this display number
   }
   bool becomes(std::uint32_t color, CGSize size) {
     return eventually([&] { return hasRectangle(*compositor, color, size); });
@@ -244,7 +246,7 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
   Process program;
 };
 
-TEST_P(WaylandToolkits, TheWindowIsWhiteWhileCoveredAndBlueAgainAfterwards) {
+TEST_P(WaylandToolkits, TheWindowIsWhiteUntilTheLaunchScreenIsDismissed) {
   ASSERT_TRUE(becomes(kBlue, kSize));
   program.signal(SIGUSR1);  // presents the launch screen
   ASSERT_TRUE(becomes(kWhite, kSize));
@@ -252,7 +254,7 @@ TEST_P(WaylandToolkits, TheWindowIsWhiteWhileCoveredAndBlueAgainAfterwards) {
   compositor->picture().save("wayland-" + GetParam().testName());
   compositor->resizeWindow("game", 700, 450);
   EXPECT_TRUE(becomes(kWhite, kLargeSize));
-  EXPECT_EQ(areaWith(*compositor, kBlue).width, 0);
+  EXPECT_EQ(boundsOfColor(*compositor, kBlue).width, 0);
   program.signal(SIGUSR2);  // dismisses the launch screen
   EXPECT_TRUE(becomes(kBlue, kLargeSize));
   program.signal(SIGTERM);

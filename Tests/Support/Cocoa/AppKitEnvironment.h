@@ -6,16 +6,17 @@
 
 namespace vel::test {
 
-/// Keeps the child processes' AppKit, that of GNUstep, away from the user's settings, and kills the
-/// daemons that it starts. Create this object before a child process starts. It does not change the
-/// AppKit of this process: GNUstep copied the environment when the process started.
+/// The environment of child processes that use GNUstep's AppKit. They read and write settings in a
+/// temporary folder instead of the user's settings. Create this object before a child process
+/// starts. It does not affect GNUstep in this process, because GNUstep copied the environment when
+/// this process started.
 class AppKitEnvironment : NonCopyable {
  public:
-  /// Creates a folder. Sets the environment variables HOME and TEMP to it, and
-  /// GNUSTEP_CONFIG_FILE to a file that makes GNUstep keep the user's settings in it.
+  /// Creates the folder and sets the environment variables HOME and TEMP to its path. Sets
+  /// GNUSTEP_CONFIG_FILE to a file that makes GNUstep keep settings in this folder.
   AppKitEnvironment();
-  /// Kills all descendants of this process and deletes the folder. Unsets TEMP and
-  /// GNUSTEP_CONFIG_FILE. Does not restore HOME.
+  /// Kills all descendants of this process, including GNUstep's daemons. Deletes the folder. Unsets
+  /// TEMP and GNUSTEP_CONFIG_FILE. Does not restore HOME.
   ~AppKitEnvironment();
 
  private:

@@ -10,8 +10,8 @@
 namespace vel::test {
 
 /// An X server for tests. It is either an Xvfb server that this object starts, or a server that
-/// another program has started. The Xvfb server has a free display number and a screen of 1280 by
-/// 960 pixels.
+/// another program has started. The Xvfb server chooses an unused display number. Its screen has
+/// 1280 by 960 pixels.
 class XServer : NonCopyable {
  public:
   /// Starts Xvfb. `arguments` are additional arguments of Xvfb.
@@ -24,15 +24,14 @@ class XServer : NonCopyable {
   [[nodiscard]] const std::string& display() const { return display_; }
   /// Starts a program on the display. The program does not read the user's settings.
   [[nodiscard]] Process start(const std::vector<std::string>& arguments) const;
-  /// Kills the server with SIGKILL, like a crash. Does nothing to a server that another program has
-  /// started.
+  /// Kills the server with SIGKILL. Does nothing to a server that another program has started.
   void kill() { process_.kill(); }
 
  private:
   struct NoProcess {};
   XServer(NoProcess, std::string display);
 
-  std::filesystem::path settings_;  // the folder with the settings of the window managers
+  std::filesystem::path settings_;  // the home folder of the started programs
   std::string display_;
   Process process_;
 };

@@ -6,28 +6,28 @@ namespace vel::test {
 
 namespace {
 
-std::string hiddenName;  // empty if no library is hidden
+std::string hiddenLibraryName;  // empty if no library is hidden
 int loadAttempts = 0;
 
 }  // namespace
 
-HiddenLibrary::HiddenLibrary(const std::string& name) { hiddenName = name; }
+HiddenLibrary::HiddenLibrary(const std::string& name) { hiddenLibraryName = name; }
 
 HiddenLibrary::~HiddenLibrary() {
-  hiddenName.clear();
+  hiddenLibraryName.clear();
   loadAttempts = 0;
 }
 
 int HiddenLibrary::loadAttemptCount() { return loadAttempts; }
 
-// With the linker option --wrap=dlopen, a call of `dlopen` calls `__wrap_dlopen`, and a call of
-// `__real_dlopen` calls the real `dlopen`.
+// The linker option --wrap=dlopen replaces `dlopen` with `__wrap_dlopen`. `__real_dlopen` is then
+// the original `dlopen`.
 extern "C" {
 void* __real_dlopen(const char* file, int mode);
 void* __wrap_dlopen(const char* file, int mode);
 
 void* __wrap_dlopen(const char* file, int mode) {
-  if (file == nullptr || hiddenName.empty() || hiddenName != file) {
+  if (file == nullptr || hiddenLibraryName.empty() || hiddenLibraryName != file) {
     return __real_dlopen(file, mode);
   }
   ++loadAttempts;

@@ -14,8 +14,8 @@ constexpr int kTitleHeight = 24;
 
 enum class ConnectionOwner : std::uint8_t { Host, BackEnd };
 
-/// A compositor and the back end. The back end shares the connection of a host in the same process,
-/// or opens a connection.
+/// A compositor and the back end. The back end shares the connection of a host in this process, or
+/// opens its own connection.
 class WaylandDisplay final : public TestDisplay {
  public:
   WaylandDisplay(CompositorKind kind, ConnectionOwner owner) : compositor_(startCompositor(kind)) {
@@ -41,8 +41,8 @@ class WaylandDisplay final : public TestDisplay {
     compositor_->closeWindow(setUniqueTitle(window));
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
-    // The size that the compositor sets includes the title bar. The back end draws frames only on a
-    // connection that it has opened.
+    // The size that the compositor sets includes the title bar. On the connection of the host, the
+    // back end draws no title bar.
     const int titleHeight = host_ == nullptr ? kTitleHeight : 0;
     compositor_->resizeWindow(setUniqueTitle(window), static_cast<int>(size.width),
                               static_cast<int>(size.height) + titleHeight);

@@ -1,4 +1,5 @@
-// The cover of one window: what the screen shows, and which input the window still receives.
+// The cover, which hides the content of a window behind a scene: what the screen shows, and which
+// input the window receives.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -73,9 +74,9 @@ TEST_F(X11Cover, IsOnTheScreenWhenSetSceneReturns) {
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
 
-// The delegate gives the cover the reported size. A report with an old, smaller size would leave a
-// strip of the game visible until the next report.
-TEST_F(X11Cover, EveryReportContainsTheCurrentSizeOfTheWindow) {
+// The delegate resizes the cover to the size in each frame report. An old, smaller size would leave
+// a strip of the game visible until the next report.
+TEST_F(X11Cover, EveryFrameReportContainsTheCurrentSizeOfTheWindow) {
   cover();
   client.configure(game, {200, 150, 700, 450});
   client.waitForServer();
@@ -181,27 +182,26 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-// The overlay is the part of the cover that lies above the window, inside the window manager's
-// frame. In this test, `frame` acts as the window manager's frame and has an alpha channel. If the
-// overlay had no alpha channel, the server would draw the overlay into a separate pixmap. The
-// overlay has the maximum size of a window, 32767 by 32767 pixels, because the window fills
-// `frame`. So the pixmap would take gigabytes.
-TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrame) {
-  const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
-  const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);
+// The overlay is a window of the cover. It lies above the covered window and has the same parent.
+// If the covered window fills its parent, the overlay has the maximum size of a window. If only the
+// parent had an alpha channel, the server would draw the overlay into a pixmap of this size, which
+// takes gigabytes.
+TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheParent) {
+  const xcb_window_t parent = client.openTransparentWindow({300, 300, 200, 100});
+  const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, parent);
   const AdoptedWindow adoptedWindow = adopt(transparentWindow);
   const auto depthOfTopChild = [&] {
     const x11::XcbPointer<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
-        client.connection(), xcb_get_geometry(client.connection(), client.children(frame).back()),
+        client.connection(), xcb_get_geometry(client.connection(), client.children(parent).back()),
         nullptr));
     return geometry == nullptr ? 0 : geometry->depth;
   };
   system().setScene(adoptedWindow.handle, whiteSceneWithSpinner(adoptedWindow.frame.size));
   deliver();
-  ASSERT_EQ(client.children(frame).size(), 2U);
+  ASSERT_EQ(client.children(parent).size(), 2U);
   EXPECT_EQ(depthOfTopChild(), 32);
-  EXPECT_EQ(client.windowPicture(frame).at(5, 5), 0xFFFFFFFFU);
-  EXPECT_EQ(client.screenPicture(frame).at(5, 5), kWhite);
+  EXPECT_EQ(client.windowPicture(parent).at(5, 5), 0xFFFFFFFFU);
+  EXPECT_EQ(client.screenPicture(parent).at(5, 5), kWhite);
   EXPECT_THAT(log, IsEmpty());
 }
 
@@ -227,7 +227,7 @@ TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   EXPECT_TRUE(client.children(game).empty());
 }
 
-/// Tests of the cover and of input that also run on Xwayland.
+/// Tests of the cover and of input. They also run on Xwayland.
 class X11CoverAndInput : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   X11CoverAndInput() : X11Test(GetParam()) {}
@@ -282,7 +282,7 @@ TEST_P(X11CoverAndInput, TheCoverTakesPointerInput) {
   EXPECT_THAT(eventsOfClick(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_P(X11CoverAndInput, TheGameReceivesKeyboardInput) {
+TEST_P(X11CoverAndInput, TheCoveredGameReceivesKeyboardInput) {
   client.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
   if (GetParam() == Manager::None) {
     client.focus(game);
