@@ -97,7 +97,7 @@ Strong<NSWindow> NSApplication::dialogOwner() const {
 
 Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::string& error) {
   const std::optional<AdoptedWindow> description =
-      windowSystemCallGuard()->adoptWindow(native, error);
+      guardedWindowSystem()->adoptWindow(native, error);
   if (!description) {
     return nullptr;
   }
@@ -270,7 +270,7 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 void NSApplication::updateModality() {
   const bool isModal = !modalSessions_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
-  windowSystemCallGuard()->setModalWindow(send(modalWindow(), &NSWindow::handle));
+  guardedWindowSystem()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
 // Other reports from the window system

@@ -101,10 +101,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// Calls one operation of the window system. The operation may make the window system's next
   /// deadline earlier, so the destructor updates the run loop's descriptor.
-  class WindowSystemCallGuard : private NonCopyable {
+  class GuardedWindowSystem : private NonCopyable {
    public:
-    explicit WindowSystemCallGuard(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
-    ~WindowSystemCallGuard() { NSRunLoop::mainRunLoop().updateDescriptor(); }
+    explicit GuardedWindowSystem(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
+    ~GuardedWindowSystem() { NSRunLoop::mainRunLoop().updateDescriptor(); }
 
     WindowSystem* operator->() const { return &windowSystem_; }
 
@@ -132,8 +132,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   // Closes all windows, removes this object from the window system and the run loop, and sets NSApp
   // to null.
   void disconnect();
-  [[nodiscard]] WindowSystemCallGuard windowSystemCallGuard() {
-    return WindowSystemCallGuard(*windowSystem_);
+  [[nodiscard]] GuardedWindowSystem guardedWindowSystem() {
+    return GuardedWindowSystem(*windowSystem_);
   }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();

@@ -28,7 +28,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
     NSApp->windowsByHandle_.erase(handle_);
-    NSApp->windowSystemCallGuard()->releaseWindow(handle_);
+    NSApp->guardedWindowSystem()->releaseWindow(handle_);
   }
 }
 
@@ -91,7 +91,7 @@ void NSWindow::setContentViewController(const Strong<NSViewController>& controll
 
 void NSWindow::setFrame(CGRect frame) {
   if (NSApp != nullptr && frame != frame_) {
-    NSApp->windowSystemCallGuard()->setFrame(handle_, frame);
+    NSApp->guardedWindowSystem()->setFrame(handle_, frame);
   }
   frameChanged(frame);
 }
@@ -110,7 +110,7 @@ void NSWindow::frameChanged(CGRect frame) {
 void NSWindow::setTitle(std::string_view title) {
   title_ = title;
   if (NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->setTitle(handle_, title);
+    NSApp->guardedWindowSystem()->setTitle(handle_, title);
   }
 }
 
@@ -119,14 +119,14 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   notifyPlatformObserver(
       [&](PlatformObserver& observer) { observer.styleMaskWasSet(*this, styleMask); });
   if (NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->setStyleMask(handle_, styleMask);
+    NSApp->guardedWindowSystem()->setStyleMask(handle_, styleMask);
   }
 }
 
 void NSWindow::setMovableByWindowBackground(bool isMovable) {
   isMovableByWindowBackground_ = isMovable;
   if (NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->setMovableByBackground(handle_, isMovable);
+    NSApp->guardedWindowSystem()->setMovableByBackground(handle_, isMovable);
   }
 }
 
@@ -146,7 +146,7 @@ void NSWindow::realize() {
     return;
   }
   const Strong<NSWindow> owner = owner_.lock();
-  handle_ = NSApp->windowSystemCallGuard()->createWindow(
+  handle_ = NSApp->guardedWindowSystem()->createWindow(
       {.className = std::string(className()),
        .title = title_,
        .frame = frame_,
@@ -181,7 +181,7 @@ void NSWindow::open(KeyRequest keyRequest) {
   realize();
   isOnScreen_ = true;
   NSApp->addToOrderedWindows(strongSelf);
-  NSApp->windowSystemCallGuard()->orderFront(handle_);
+  NSApp->guardedWindowSystem()->orderFront(handle_);
   setNeedsDisplay();
   if (isOpening) {
     notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowOpened(*this); });
@@ -215,7 +215,7 @@ void NSWindow::close() {
   if (application != nullptr) {
     application->removeFromOrderedWindows(strongSelf);
     std::erase(application->openWindows_, strongSelf);
-    application->windowSystemCallGuard()->orderOut(handle_);
+    application->guardedWindowSystem()->orderOut(handle_);
     application->endModalSessions(this);
   }
   endPresentation();
@@ -251,13 +251,13 @@ void NSWindow::performClose() {
 
 void NSWindow::miniaturize() {
   if (isOnScreen_ && NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->requestMiniaturized(handle_, true);
+    NSApp->guardedWindowSystem()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
   if (isMiniaturized_ && NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->requestMiniaturized(handle_, false);
+    NSApp->guardedWindowSystem()->requestMiniaturized(handle_, false);
   }
 }
 
@@ -287,7 +287,7 @@ void NSWindow::windowDestroyed() {
 
 void NSWindow::makeKeyWindow() {
   if (isOnScreen_ && !isKeyWindow() && NSApp != nullptr) {
-    NSApp->windowSystemCallGuard()->requestFocus(handle_);
+    NSApp->guardedWindowSystem()->requestFocus(handle_);
   }
 }
 
@@ -313,7 +313,7 @@ void NSWindow::setNeedsDisplay() {
   }
   if (scene != scene_) {
     scene_ = std::move(scene);
-    NSApp->windowSystemCallGuard()->setScene(handle_, scene_);
+    NSApp->guardedWindowSystem()->setScene(handle_, scene_);
   }
 }
 

@@ -17,9 +17,10 @@ struct Appearance {
 };
 
 /// Calls `viewWillAppear` and `viewDidAppear` of the controllers of a view and its subviews, outer
-/// controllers first. The caller first opens the view's window or adds the view to an open window.
-/// A life-cycle method may end a controller's appearance, for example by removing the controller's
-/// view. The controller's remaining methods are then not called.
+/// controllers first. The caller opens the view's window or adds the view to an open window, then
+/// creates this object, then calls `sendWillAppear` and `sendDidAppear`. A life-cycle method may
+/// end a controller's appearance, for example by removing the controller's view. The controller's
+/// remaining methods are then not called.
 class AppearanceTransition {
  public:
   /// Begins an appearance for each controller that is not shown yet.
@@ -33,8 +34,8 @@ class AppearanceTransition {
 
 /// Calls `viewWillDisappear` and `viewDidDisappear` of the controllers of a view and its subviews,
 /// outer controllers first. The caller first calls `sendWillDisappear`, then closes the window or
-/// removes the view, then calls `sendDidDisappear`. Includes the controllers that begin to appear
-/// during `sendWillDisappear`.
+/// removes the view, then calls `sendDidDisappear`. Both methods are also called for a controller
+/// that begins to appear during `sendWillDisappear`.
 class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}

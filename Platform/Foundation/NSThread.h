@@ -4,7 +4,8 @@
 
 namespace vel {
 
-/// At first, the main thread is the thread that loaded the library.
+/// Identifies the main thread: the thread that loaded the library, or the thread that called
+/// `becomeMainThread` last.
 class VEL_EXPORT NSThread {
  public:
   /// Returns true if the calling thread is the main thread.

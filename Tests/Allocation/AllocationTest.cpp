@@ -65,7 +65,7 @@ class AllocationTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(AllocationTest, CountAllocationsCountsEveryNew) {
+TEST_F(AllocationTest, EachUseOfOperatorNewIsCounted) {
   EXPECT_EQ(countAllocations([] { delete new Listener; }), 100u);
 }
 

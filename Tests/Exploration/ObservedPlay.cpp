@@ -198,7 +198,6 @@ void ObservedPlay::record(const host::trace::LifeCycleCall& /*call*/) {
   ++history_.lifeCycleCallCount;
 }
 
-// Returns the expected result of `LaunchScreenManager::isRequiredWindow`.
 bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> coverWindow = send(send(cover, &NSViewController::view), &NSView::window);

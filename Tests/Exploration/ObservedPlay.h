@@ -59,10 +59,10 @@ struct History {
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
-  /// Bit `i` is set if `knownWrongStyles()[i]` may have caused a wrong window style.
+  /// Bit `i` is set if a step may have caused the wrong window style `knownWrongStyles()[i]`.
   std::bitset<16> knownWrongStyles;
 
-  // Each play state sets the members below again.
+  // Each play state updates `timeLeft` and `wasCounting`, and resets the other members below.
 
   /// The values of `Sample::timeLeft` and `Sample::isCounting` at the latest play state.
   double timeLeft = 0;
@@ -105,7 +105,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] const host::TraceEvent* traceEvent() const { return traceEvent_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
-  /// The windows of `hostScript()`, in its order. Contains closed windows too.
+  /// The host's windows, in the order of `hostScript().windows`. Contains closed windows too.
   [[nodiscard]] const std::vector<Strong<NSWindow>>& hostWindows() const { return hostWindows_; }
   [[nodiscard]] const host::HostScript& hostScript() const { return hostSetup_.scenario.host; }
   /// The style with which the host opened the window.
@@ -134,6 +134,7 @@ class ObservedPlay final : private host::PlayListener {
   void record(const host::trace::LifeCycleCall& call);
   template <class Other>
   void record(const Other& /*other*/) {}
+  /// Returns the expected result of `LaunchScreenManager::isRequiredWindow`.
   bool isRequired(const Strong<NSWindow>& window);
   /// Adds the main content's controller to `controllers_` and the manager's temporary content to
   /// `temporaryContents_`.

@@ -12,8 +12,8 @@
 namespace vel::host {
 
 /// The window names that a step may use: the names of the host's windows, and the names of the
-/// modal windows and sheets that earlier steps open, for example "sheet-1". The window with a known
-/// name may have been closed, or may never have been opened.
+/// modal windows and sheets that earlier steps open, for example "sheet-1". The reader does not
+/// play the steps, so a name is known even if a step fails to open the window or closes it.
 class KnownWindowNames {
  public:
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known

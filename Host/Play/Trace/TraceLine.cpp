@@ -71,6 +71,7 @@ class LineWriter {
   void operator()(const trace::StyleMaskAssignment& assignment) {
     line_.member("styleMask", assignment.styleMask).member("window", assignment.window);
   }
+  // The trace calls the controller of the launch screen's view "cover".
   void operator()(const trace::LifeCycleCall& call) {
     line_.member("cover", nameOf(call.method, kLifeCycleMethods));
   }

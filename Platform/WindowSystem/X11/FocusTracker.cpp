@@ -65,7 +65,8 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   }
 }
 
-// Clears `reportedFocus_` too: `reportChanges` must not report a loss that the back end causes.
+// Clears `reportedFocus_` too: the back end itself withdrew the window, so `reportChanges` must not
+// report that the window has lost the focus.
 void FocusTracker::windowWithdrawn(xcb_window_t window) {
   if (focus_ == window) {
     focus_ = reportedFocus_ = XCB_WINDOW_NONE;
@@ -113,7 +114,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   hasPendingChanges_ = false;
   const bool mayHaveLostFocus = std::exchange(mayHaveLostFocus_, false);
   if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE) {
-    receiveMatchingFocusIn(handleEvents);  // may set `focus_`
+    findFocusAfterLoss(handleEvents);  // may set `focus_`
   }
   if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE && isActive_) {
     isActive_ = false;
@@ -138,7 +139,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   }
 }
 
-void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
+void FocusTracker::findFocusAfterLoss(const HandleEvents& handleEvents) {
   // When the focus moves between two windows of the back end, the server sends the FocusOut and the
   // matching FocusIn together. So the FocusIn has arrived when `queryInputFocus` returns.
   const auto inputFocus = queryInputFocus(connection_);

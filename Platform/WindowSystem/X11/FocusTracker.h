@@ -54,7 +54,7 @@ class FocusTracker final : public NonCopyable {
   void reportChanges(const HandleEvents& handleEvents);
 
  private:
-  void receiveMatchingFocusIn(const HandleEvents& handleEvents);
+  void findFocusAfterLoss(const HandleEvents& handleEvents);
 
   Connection& connection_;
   WindowManager& windowManager_;

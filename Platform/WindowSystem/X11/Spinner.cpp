@@ -65,7 +65,7 @@ Spinner::~Spinner() {
   connection_.track(xcb_free_pixmap(connection_.get(), pixmap_), "FreePixmap", window_);
 }
 
-void Spinner::draw(unsigned position) {
+void Spinner::draw(unsigned darkestSpoke) {
   const auto length = static_cast<std::uint16_t>(side_);
   const xcb_rectangle_t wholePicture{0, 0, length, length};
   const xcb_render_color_t background{toColorComponent(background_.red),
@@ -75,7 +75,7 @@ void Spinner::draw(unsigned position) {
                                                background, 1, &wholePicture),
                     "RenderFillRectangles", window_);
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
-    drawSpoke(spoke, shades_.at((position + kSpokes - spoke) % kSpokes));
+    drawSpoke(spoke, shades_.at((darkestSpoke + kSpokes - spoke) % kSpokes));
   }
   changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXMAP, {pixmap_});
   clearWindow(connection_, window_);

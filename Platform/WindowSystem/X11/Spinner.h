@@ -14,7 +14,7 @@ namespace vel::x11 {
 
 /// Draws a spinner in a window: twelve spokes with different shades. The spinner is the background
 /// of the window, so the server repaints the spinner after an exposure. To animate the spinner,
-/// call `draw` after each `kFrameInterval` with the next position of the darkest spoke.
+/// call `draw` after each `kFrameInterval` with the index of the next spoke.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;
@@ -27,8 +27,8 @@ class Spinner final : public NonCopyable {
           xcb_window_t window, std::uint8_t depth, int side, CGColor background);
   ~Spinner();
 
-  /// Draws the spinner with the darkest spoke at `position`: 0 is at the top, 3 on the right.
-  void draw(unsigned position);
+  /// `darkestSpoke` is the index of a spoke: spoke 0 is at the top, spoke 3 on the right.
+  void draw(unsigned darkestSpoke);
 
  private:
   void drawSpoke(unsigned spoke, xcb_render_picture_t shade);

@@ -56,10 +56,12 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
       << show.output();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
-  // A modal window and a sheet are new windows, and the server may draw their parts in any order.
+  // Not checked for a modal window and a sheet: these are new windows, and the server may draw the
+  // parts of a new window in any order.
   if (std::string_view(GetParam().kind) == "embedded") {
-    // The recorder can miss a short frame, but it receives every drawing. The first drawing must
-    // already be part of the cover: the white band above the spinner.
+    // The recorder can miss a short frame, but it receives the rectangle of every drawing. The
+    // first rectangle before the W of "GWG" must be the launch screen's white band above the
+    // spinner.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
               (PixelRect{0, 0, area.width, (area.height - kSpinnerSize) / 2}));
   }

@@ -129,21 +129,23 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
-  // If this server is the Xwayland of a compositor, `user_` is a client of the X server on which
-  // the compositor runs. Otherwise `user_` is null.
-  const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
+  // Under Xwayland, the compositor is a client of another X server, the outer server.
+  // `outerClient_` is a client of the outer server too. It is null if there is no compositor.
+  const PixelRect capturedScreen =
+      outerClient_ != nullptr ? outerClient_->screenArea() : screenArea();
   // An X server returns no picture of an area that is partly outside its screen. A compositor may
   // place a window partly outside the screen. A window manager may enlarge a window beyond the
   // screen before it moves the window.
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
-                          area.x + area.width <= screen.width &&
-                          area.y + area.height <= screen.height;
+                          area.x + area.width <= capturedScreen.width &&
+                          area.y + area.height <= capturedScreen.height;
   if (!isOnScreen) {
     return {};
   }
-  if (user_ != nullptr) {
-    Picture picture = user_->screenPicture(area);
-    paintOverPointer(picture, area, screenArea());
+  if (outerClient_ != nullptr) {
+    Picture picture = outerClient_->screenPicture(area);
+    const PixelRect compositorScreen = screenArea();  // Xwayland's screen
+    paintOverPointer(picture, area, compositorScreen);
     return picture;
   }
   Picture picture = readPicture(connection_, root_, area);

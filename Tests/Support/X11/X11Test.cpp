@@ -111,7 +111,7 @@ X11Test::X11Test(Manager manager, const std::vector<std::string>& serverArgument
   if (compositor == nullptr) {
     startManager(manager);
   } else {
-    client.setUser(compositor->user());
+    client.setOuterClient(compositor->user());
     waitForManager(nameOf(manager), client);
   }
 }

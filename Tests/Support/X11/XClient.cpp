@@ -334,18 +334,19 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
 }
 
 // Waits until `condition` returns true for the pointer state of the server, or until a timeout. If
-// `user_` is not null, the server is Xwayland. Xwayland receives no input while the pointer is
-// outside the windows of its clients, so a wait for this input times out after one second.
+// `outerClient_` is not null, the server is Xwayland. Xwayland receives no input while the pointer
+// is outside the windows of its clients, so a wait for this input times out after one second.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
-  const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
+  const Nanoseconds limit =
+      steadyNow() + (outerClient_ == nullptr ? kTimeout : kNanosecondsPerSecond);
   while (steadyNow() < limit) {
     const Reply<xcb_query_pointer_reply_t> pointer(
         xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
     if (pointer == nullptr || condition(*pointer)) {
       return;
     }
-    if (user_ != nullptr) {  // gives the compositor time to send the input to Xwayland
+    if (outerClient_ != nullptr) {  // gives the compositor time to send the input to Xwayland
       waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
     }
   }
@@ -357,12 +358,12 @@ void XClient::movePointer(int x, int y) {
       return pointer.root_x == expectedX && pointer.root_y == expectedY;
     });
   };
-  if (user_ != nullptr) {
+  if (outerClient_ != nullptr) {
     // Xwayland may already report (x, y) from an earlier movement. Then the second wait would end
     // before Xwayland has received the new movement. Moving to (x + 1, y) first prevents this.
-    user_->movePointer(x + 1, y);
+    outerClient_->movePointer(x + 1, y);
     waitForPosition(x + 1, y);
-    user_->movePointer(x, y);
+    outerClient_->movePointer(x, y);
   } else {
     sendFakeInput(XCB_MOTION_NOTIFY, 0, x, y);
   }
@@ -370,8 +371,8 @@ void XClient::movePointer(int x, int y) {
 }
 
 void XClient::pressButton() {
-  if (user_ != nullptr) {
-    user_->pressButton();
+  if (outerClient_ != nullptr) {
+    outerClient_->pressButton();
   } else {
     sendFakeInput(XCB_BUTTON_PRESS, 1, 0, 0);
   }
@@ -381,8 +382,8 @@ void XClient::pressButton() {
 }
 
 void XClient::releaseButton() {
-  if (user_ != nullptr) {
-    user_->releaseButton();
+  if (outerClient_ != nullptr) {
+    outerClient_->releaseButton();
   } else {
     sendFakeInput(XCB_BUTTON_RELEASE, 1, 0, 0);
   }
@@ -395,17 +396,17 @@ void XClient::click(int x, int y) {
   movePointer(x, y);
   pressButton();
   releaseButton();
-  if (user_ != nullptr) {
+  if (outerClient_ != nullptr) {
     // The compositor draws the pointer on the screen. `screenPicture` paints over the lower right
     // corner of the screen, so the pointer moves to this corner.
     const PixelRect screen = screenArea();
-    user_->movePointer(screen.width - 1, screen.height - 1);
+    outerClient_->movePointer(screen.width - 1, screen.height - 1);
   }
 }
 
 void XClient::typeKey(std::uint8_t code) {
-  if (user_ != nullptr) {
-    return user_->typeKey(code);
+  if (outerClient_ != nullptr) {
+    return outerClient_->typeKey(code);
   }
   sendFakeInput(XCB_KEY_PRESS, code, 0, 0);
   sendFakeInput(XCB_KEY_RELEASE, code, 0, 0);

@@ -46,11 +46,11 @@ class XClient : NonCopyable {
   explicit XClient(const std::string& display);
   ~XClient();
 
-  /// Makes `user` capture the screen, move the pointer and press keys for this object. Call this if
-  /// the X server of this object is the Xwayland of a compositor: the compositor runs in a
-  /// window of another X server, and `user` is a client of that other server. A point must have the
-  /// same coordinates on both servers.
-  void setUser(XClient& user) { user_ = &user; }
+  /// Call this if the X server of this object is the Xwayland of a compositor. The compositor is a
+  /// client of another X server, the outer server. `client` is also a client of the outer server.
+  /// It captures the screen, moves the pointer and presses keys for this object. A point must have
+  /// the same coordinates on both servers.
+  void setOuterClient(XClient& client) { outerClient_ = &client; }
 
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
   [[nodiscard]] xcb_window_t root() const { return root_; }
@@ -120,8 +120,8 @@ class XClient : NonCopyable {
 
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
   /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
-  /// on the screen. After `setUser`, the picture also shows the pointer, unless the pointer is in
-  /// the lower right corner of the screen. `click` leaves the pointer in this corner.
+  /// on the screen. After `setOuterClient`, the picture also shows the pointer, unless the pointer
+  /// is in the lower right corner of the screen. `click` leaves the pointer in this corner.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
@@ -151,7 +151,7 @@ class XClient : NonCopyable {
   void waitForPointer(const std::function<bool(const xcb_query_pointer_reply_t&)>& condition);
   void sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
 
-  XClient* user_ = nullptr;  // null unless `setUser` has been called
+  XClient* outerClient_ = nullptr;  // null unless `setOuterClient` has been called
   xcb_connection_t* connection_;
   xcb_window_t root_ = 0;
 };
