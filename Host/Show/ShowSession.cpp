@@ -86,8 +86,9 @@ void ShowSession::start() {
     squareView_ = MovingSquareView::startIn(playerWindow_);
   }
   playerWindow_->makeKeyAndOrderFront();
-  // A new window may move until it becomes the key window. If it is not yet the key window,
-  // `update` sends the request later. An adopted window is already at its final position.
+  // The launch screen must not appear while the player window may still move. A new window may move
+  // until it is the key window: if it is not, `update` sends the content request later. An adopted
+  // window is already at its final position.
   if (options_.window || playerWindow_->isKeyWindow()) {
     sendRequest();
   }
@@ -201,7 +202,7 @@ bool ShowSession::update() {
     // In skip mode, the library records no event.
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
-      if (!hasSceneBeenOnScreen_) {
+      if (!hasLaunchScreenBeenOnScreen_) {
         outcome_ = ShowOutcome{kExitFailure, "the launch screen was never on the screen"};
       } else if (needsScreenshot_) {
         outcome_ = ShowOutcome{kExitFailure,
@@ -250,11 +251,11 @@ void ShowSession::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
   if (&window != playerWindow_.get()) {
     return;
   }
-  if (!areControlsRemoved_ && (styleMask & kControls) == 0) {
-    areControlsRemoved_ = true;
+  if (!areControlsExcluded_ && (styleMask & kControls) == 0) {
+    areControlsExcluded_ = true;
     report("controls removed");
-  } else if (areControlsRemoved_ && styleMask == playerStyle_) {
-    areControlsRemoved_ = false;
+  } else if (areControlsExcluded_ && styleMask == playerStyle_) {
+    areControlsExcluded_ = false;
     report("controls restored");
   }
 }
@@ -294,8 +295,7 @@ void ShowSession::displayLost(std::string_view reason) {
 
 void ShowSession::reportRemainingControls(const NSWindow& window,
                                           NSWindowStyleMask remainingControls) {
-  // The user needs this report only while the library tries to remove the controls.
-  if (&window == playerWindow_.get() && areControlsRemoved_) {
+  if (&window == playerWindow_.get() && areControlsExcluded_) {
     console_->reportOnOwnLine(
         time(), "controls kept by the window manager: " + controlNames(remainingControls));
   }
@@ -335,9 +335,9 @@ bool ShowSession::isCovering() const {
 }
 
 void ShowSession::reportIfCovered() {
-  if (hasViewAppeared_ && !hasSceneBeenOnScreen_ && isCovering() &&
+  if (hasViewAppeared_ && !hasLaunchScreenBeenOnScreen_ && isCovering() &&
       NSApp->windowSystem().isSceneOnScreen(cover_->view()->window()->handle())) {
-    hasSceneBeenOnScreen_ = true;
+    hasLaunchScreenBeenOnScreen_ = true;
     report("covered");
   }
 }
@@ -345,7 +345,7 @@ void ShowSession::reportIfCovered() {
 void ShowSession::reportIfUncovered() {
   if (hasViewAppeared_ && !isUncovered_ && !isCovering()) {
     isUncovered_ = true;
-    report(hasSceneBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");
+    report(hasLaunchScreenBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");
   }
 }
 

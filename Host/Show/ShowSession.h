@@ -115,9 +115,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
   double totalSeconds_ = 0;  // the duration of the countdown
   CountdownState countdownState_ = CountdownState::Running;
-  bool hasViewAppeared_ = false;       // `viewDidAppear` of `cover_` was called
-  bool hasSceneBeenOnScreen_ = false;  // the window system has shown the launch screen
-  bool areControlsRemoved_ = false;    // the library has removed the controls from the style mask
+  bool hasViewAppeared_ = false;              // `viewDidAppear` of `cover_` was called
+  bool hasLaunchScreenBeenOnScreen_ = false;  // the window system has shown the launch screen
+  bool areControlsExcluded_ = false;          // the style mask excludes the controls
   bool isDismissed_ = false;      // the launch screen was dismissed, but may still be on the screen
   bool isUncovered_ = false;      // the launch screen was removed
   bool isEventRecorded_ = false;  // the library has recorded the analytics event

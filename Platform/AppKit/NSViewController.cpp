@@ -65,7 +65,8 @@ std::uint64_t NSViewController::beginAppearance() {
   return ++currentAppearanceId_;
 }
 
-void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId) {
+void NSViewController::callMethodOncePerAppearance(LifeCycleMethod method,
+                                                   std::uint64_t appearanceId) {
   if (!isShown_ || appearanceId != currentAppearanceId_) {
     return;
   }

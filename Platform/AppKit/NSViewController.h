@@ -94,7 +94,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   std::uint64_t beginAppearance();
   // Calls `method` at most once in the appearance with the id `appearanceId`. Does nothing after
   // this appearance has ended.
-  void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
+  void callMethodOncePerAppearance(LifeCycleMethod method, std::uint64_t appearanceId);
   // Records a call of a life-cycle method and reports the call to the platform observer.
   void recordCall(LifeCycleMethod method);
   // Makes `presentedController` the content view controller of `window`, and makes this controller

@@ -40,13 +40,13 @@ AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
 
 void AppearanceTransition::sendWillAppear() {
   for (const Appearance& appearance : appearances_) {
-    appearance.controller->callMethodOnce(LifeCycleMethod::WillAppear, appearance.id);
+    appearance.controller->callMethodOncePerAppearance(LifeCycleMethod::WillAppear, appearance.id);
   }
 }
 
 void AppearanceTransition::sendDidAppear() {
   for (const Appearance& appearance : appearances_) {
-    appearance.controller->callMethodOnce(LifeCycleMethod::DidAppear, appearance.id);
+    appearance.controller->callMethodOncePerAppearance(LifeCycleMethod::DidAppear, appearance.id);
   }
 }
 
@@ -57,7 +57,8 @@ void DisappearanceTransition::sendWillDisappear() {
   for (addShownControllers(); next < appearances_.size(); addShownControllers()) {
     for (; next < appearances_.size(); ++next) {
       const Appearance& appearance = appearances_[next];
-      appearance.controller->callMethodOnce(LifeCycleMethod::WillDisappear, appearance.id);
+      appearance.controller->callMethodOncePerAppearance(LifeCycleMethod::WillDisappear,
+                                                         appearance.id);
     }
   }
 }
@@ -73,7 +74,8 @@ void DisappearanceTransition::addShownControllers() {
 
 void DisappearanceTransition::sendDidDisappear() {
   for (const Appearance& appearance : appearances_) {
-    appearance.controller->callMethodOnce(LifeCycleMethod::DidDisappear, appearance.id);
+    appearance.controller->callMethodOncePerAppearance(LifeCycleMethod::DidDisappear,
+                                                       appearance.id);
   }
 }
 

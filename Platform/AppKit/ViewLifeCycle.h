@@ -23,7 +23,7 @@ struct Appearance {
 /// remaining methods are then not called.
 class AppearanceTransition {
  public:
-  /// Begins an appearance for each controller that is not shown yet.
+  /// Begins an appearance for each controller that has no current appearance.
   explicit AppearanceTransition(const Strong<NSView>& view);
   void sendWillAppear();
   void sendDidAppear();
@@ -34,8 +34,9 @@ class AppearanceTransition {
 
 /// Calls `viewWillDisappear` and `viewDidDisappear` of the controllers of a view and its subviews,
 /// outer controllers first. The caller first calls `sendWillDisappear`, then closes the window or
-/// removes the view, then calls `sendDidDisappear`. Both methods are also called for a controller
-/// that begins to appear during `sendWillDisappear`.
+/// removes the view, then calls `sendDidDisappear`.
+/// `viewWillDisappear` and `viewDidDisappear` are also called for a controller that begins to
+/// appear during `sendWillDisappear`.
 class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}

@@ -166,7 +166,7 @@ TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
 }
 
-TEST_F(ControllerStyleTest, RestoreOnlyReleasesTheWindowIfNoStyleIsSaved) {
+TEST_F(ControllerStyleTest, RestoreWithoutASavedStyleReleasesTheWindowAndSetsNoStyle) {
   setModeAndWindow(controller, window);
   controller->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
@@ -196,8 +196,10 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
   EXPECT_EQ(controller->appWindow(), window);
 }
 
-// The tracked controller and its `appWindow`, the tracked window. A global variable of the library
-// owns the tracked controller (EmbeddedCover.h). `embed` makes `controller` the tracked controller.
+// The tracked controller
+
+// A global variable of the library owns the tracked controller (EmbeddedCover.h). Its `appWindow`
+// is the tracked window. `embed` makes `controller` the tracked controller.
 
 TEST_F(ControllerStyleTest, RestoreByAControllerWithoutAWindowSetsTheStyleOfTheTrackedWindow) {
   embed(window);

@@ -28,7 +28,7 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
     report(std::move(registration));
   });
   const auto reportStateChange = [this](const Strong<ContentData>& data) {
-    // `contentNameOf` returns no value only for null, and `data` is never null.
+    // `contentNameOf` returns `std::nullopt` only for null, and `data` is never null.
     report(trace::StateChange{.state = data->state(),
                               .content = contentNameOf(data.get()).value_or(ContentName::Main)});
   };

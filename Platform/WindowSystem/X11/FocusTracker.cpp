@@ -52,7 +52,8 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    // `reportChanges` must deactivate the application if no window of the back end has the focus.
+    // The application starts as active. `reportChanges` must deactivate it if no window of the back
+    // end has the focus.
     mayHaveLostFocus_ = hasPendingChanges_ = true;
     return;
   }
@@ -143,8 +144,8 @@ void FocusTracker::findFocusAfterLoss(const HandleEvents& handleEvents) {
   // When the focus moves between two windows of the back end, the server sends the FocusOut and the
   // matching FocusIn together. So the FocusIn has arrived when `queryInputFocus` returns.
   const auto inputFocus = queryInputFocus(connection_);
-  // If events were handled, the caller of `reportChanges` must update the windows and call it
-  // again.
+  // The handled events may have changed windows. The caller of `reportChanges` must then update the
+  // windows and call `reportChanges` again.
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may set the focus to the root window, PointerRoot or
   // None. We then return the focus to the window that had it.

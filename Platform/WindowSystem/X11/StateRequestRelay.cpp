@@ -23,8 +23,8 @@ StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& wind
     : connection_(connection), windowManager_(windowManager), windows_(windows) {}
 
 void StateRequestRelay::prepareOverride(Window& window, NSWindowStyleMask styleMask) {
-  windowManager_.selectStateRequests(WindowManager::StateRequests::Received);
-  // Some window managers end these states when a window loses the function for resizing.
+  windowManager_.setReceivesStateRequests(true);
+  // Some window managers end the maximised or fullscreen state of a window that cannot be resized.
   if (window.isMaximizedOrFullscreen && (styleMask & NSWindowStyleMaskResizable) == 0) {
     window.style->allowResizing();
   }
@@ -34,7 +34,7 @@ void StateRequestRelay::stopIfUnused() {
   const bool isUsed = std::ranges::any_of(
       windows_, [](const auto& entry) { return entry.second.style->isOverridden(); });
   if (!isUsed) {
-    windowManager_.selectStateRequests(WindowManager::StateRequests::Ignored);
+    windowManager_.setReceivesStateRequests(false);
   }
 }
 
@@ -63,8 +63,8 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
     if (data[1] != state && data[2] != state) {
       continue;
     }
-    // `preventsResizing` is true only while the window does not have the state. So the first toggle
-    // requests the state, and the second toggle revokes the request.
+    // A maximised or fullscreen window may always be resized, so this window has neither state. The
+    // first toggle requests the state, and the second toggle revokes the request.
     const bool wasRequested = std::erase(states, state) > 0;
     if (data[0] == kActionAdd || (data[0] == kActionToggle && !wasRequested)) {
       states.push_back(state);

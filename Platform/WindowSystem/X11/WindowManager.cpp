@@ -45,12 +45,11 @@ WindowManager::WindowManager(Connection& connection) : connection_(connection) {
 
 // A state request is a _NET_WM_STATE message that a client sends to the window manager. The server
 // also delivers the message to each client that has selected SubstructureNotify on the root window.
-void WindowManager::selectStateRequests(StateRequests stateRequests) {
-  if (std::exchange(stateRequests_, stateRequests) != stateRequests) {
-    selectEvents(connection_, connection_.root(),
-                 stateRequests == StateRequests::Received
-                     ? kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY
-                     : kRootEvents);
+void WindowManager::setReceivesStateRequests(bool receivesStateRequests) {
+  if (std::exchange(receivesStateRequests_, receivesStateRequests) != receivesStateRequests) {
+    selectEvents(
+        connection_, connection_.root(),
+        receivesStateRequests ? kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : kRootEvents);
   }
 }
 

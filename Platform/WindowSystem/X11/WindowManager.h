@@ -50,10 +50,9 @@ class WindowManager final : public NonCopyable {
   /// round trip.
   [[nodiscard]] bool repliesToFrameExtentsRequests();
 
-  /// Whether we receive the state requests: the _NET_WM_STATE messages that clients send to the
-  /// window manager.
-  enum class StateRequests : std::uint8_t { Ignored, Received };
-  void selectStateRequests(StateRequests stateRequests);
+  /// Sets whether we also receive the state requests: the _NET_WM_STATE messages that clients send
+  /// to the window manager.
+  void setReceivesStateRequests(bool receivesStateRequests);
 
  private:
   struct PendingReplies {
@@ -76,7 +75,7 @@ class WindowManager final : public NonCopyable {
   xcb_window_t checkWindow_ = XCB_WINDOW_NONE;
   std::string name_;                           // empty until it has been read
   std::vector<std::uint32_t> supportedAtoms_;  // the value of _NET_SUPPORTED
-  StateRequests stateRequests_ = StateRequests::Ignored;
+  bool receivesStateRequests_ = false;
 };
 
 }  // namespace vel::x11

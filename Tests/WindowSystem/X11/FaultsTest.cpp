@@ -81,7 +81,7 @@ TEST_F(X11Faults, ABrokenConnectionLeavesNoSigpipePendingOrBlocked) {
   EXPECT_EQ(sigismember(&blockedSignals, SIGPIPE), 0);
 }
 
-TEST_F(X11Faults, TheDelegateMayDestroyTheBackEndInWindowDestroyed) {
+TEST_F(X11Faults, TheDelegateMayDestroyTheBackEndDuringAWindowDestroyedReport) {
   const WindowHandle handle = openCoveredGame();
   class DestroyingDelegate final : public WindowSystemDelegate {
    public:
