@@ -183,8 +183,8 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToOrderedWindows(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  // A modal session can begin before its window has a handle. `updateModality` passes the new
-  // handle to the window system.
+  // `window` may be a modal window whose session began before it had a handle. `updateModality`
+  // passes its handle to the window system.
   updateModality();
 }
 

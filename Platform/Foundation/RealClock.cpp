@@ -11,7 +11,7 @@ Nanoseconds RealClock::now() const {
 bool RealClock::waitUntil(Nanoseconds deadline) {
   waitSet_.setDeadline(deadline);
   waitSet_.wait();
-  return true;  // a wake-up or input can end every wait
+  return true;  // even without a deadline, the wait can end: by `wake` or by input
 }
 
 void RealClock::wake() { waitSet_.wake(); }

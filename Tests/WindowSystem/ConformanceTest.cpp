@@ -196,11 +196,11 @@ TEST_P(Conformance, RemainingControlsAreReportedIfTheBackEndCanReportThem) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
   if (GetParam().reportsRemainingControls) {
-    EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("controls kept") > 0; }));
-    EXPECT_THAT(reports.lines, Contains(StartsWith("controls kept " + nameOf(window))));
+    EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("remaining controls") > 0; }));
+    EXPECT_THAT(reports.lines, Contains(StartsWith("remaining controls " + nameOf(window))));
   } else {
     deliver();
-    EXPECT_EQ(reports.count("controls kept"), 0);
+    EXPECT_EQ(reports.count("remaining controls"), 0);
   }
 }
 

@@ -51,7 +51,7 @@ void ReportListener::orderChanged(const std::vector<WindowHandle>& windows) {
   }
 }
 void ReportListener::remainingControlsDetected(WindowHandle window, NSWindowStyleMask controls) {
-  lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
+  lines.push_back("remaining controls " + nameOf(window) + " " + std::to_string(controls));
 }
 void ReportListener::displayLost(std::string_view /*reason*/) {
   lines.emplace_back("display lost");

@@ -9,9 +9,9 @@
 
 namespace vel::host {
 
-/// The names of the windows in a scenario. The caller must add each window of the host. For a modal
-/// window or a sheet, the first call of `nameOf` adds a name such as "sheet-1". Does not keep the
-/// windows alive.
+/// The names of the windows in a scenario. The caller must add every window of the host except
+/// modal windows and sheets: the first call of `nameOf` for one of these creates a name such as
+/// "sheet-1". Does not keep the windows alive.
 class WindowNames {
  public:
   void add(const Strong<NSWindow>& window, std::string_view name);

@@ -13,7 +13,7 @@ class Animation final : public NonCopyable {
 
   /// The time of the next step of the animation; `kNever` if no spinner on screen is animated.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// If `deadline` has passed, draws all animated spinners on screen for the time `now`.
+  /// If `deadline` is not later than `now`, redraws every animated spinner as it looks at `now`.
   void advance(Nanoseconds now);
 
  private:

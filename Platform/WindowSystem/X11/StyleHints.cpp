@@ -97,7 +97,8 @@ void fixSize(std::vector<std::uint32_t>& normal, PixelRect frame) {
 
 }  // namespace
 
-HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb_atom_t newType) {
+HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
+                        xcb_atom_t typeIfMissing) {
   std::uint32_t removedFunctions = 0;
   std::uint32_t removedDecorations = 0;
   for (const MotifControl& control : kMotifControls) {
@@ -118,10 +119,10 @@ HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb
   elements[kMotifFlags] |= kHasFunctions | kHasDecorations;
   elements[kMotifFunctions] = functions & ~removedFunctions;
   elements[kMotifDecorations] = decorations & ~removedDecorations;
-  return Property::ofNumbers(motif ? motif->type : newType, elements);
+  return Property::ofNumbers(motif ? motif->type : typeIfMissing, elements);
 }
 
-Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType) {
+Property motifWithFunctionsAndDecorations(const HintValue& motif, xcb_atom_t typeIfMissing) {
   auto elements = elementsOf(motif, kMotifElementCount);
   if ((elements[kMotifFlags] & kHasFunctions) == 0) {
     elements[kMotifFunctions] = kAllExcept;  // every function
@@ -130,7 +131,7 @@ Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType) {
     elements[kMotifDecorations] = kAllExcept;  // every decoration
   }
   elements[kMotifFlags] |= kHasFunctions | kHasDecorations;
-  return Property::ofNumbers(motif ? motif->type : newType, elements);
+  return Property::ofNumbers(motif ? motif->type : typeIfMissing, elements);
 }
 
 NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
@@ -163,7 +164,7 @@ StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind, P
   normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
-  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // the position excludes decorations
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // the position is that of the client area
   if ((styleMask & NSWindowStyleMaskResizable) == 0) {
     fixSize(normal, frame);
   }

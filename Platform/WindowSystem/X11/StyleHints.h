@@ -29,17 +29,18 @@ struct StyleHints {
 
 /// Returns a copy of `motif` that allows only the controls in `styleMask`. If `styleMask` does not
 /// contain the title, the copy has no decorations. If nothing needs to be removed, the copy equals
-/// `motif`. `newType` is the type of the copy if `motif` has no value.
+/// `motif`. `typeIfMissing` is the type of the copy if `motif` has no value.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
-                                      xcb_atom_t newType);
+                                      xcb_atom_t typeIfMissing);
 
 /// Returns a copy of `motif` with both a set of functions and a set of decorations. If `motif` does
-/// not contain a set, the set in the copy allows everything. `newType` is the type of the copy if
-/// `motif` has no value.
+/// not contain a set, the set in the copy allows everything. `typeIfMissing` is the type of the
+/// copy if `motif` has no value.
 ///
 /// If a set is missing in a new value, some window managers continue to apply the previous set. So
 /// `WindowStyle` writes the copy before it restores the value `motif`.
-[[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);
+[[nodiscard]] Property motifWithFunctionsAndDecorations(const HintValue& motif,
+                                                        xcb_atom_t typeIfMissing);
 
 /// The hints of a window that we create. The hints say that both the user and the program have set
 /// the position and the size.

@@ -132,7 +132,8 @@ void WindowStyle::restore() {
   const ServerGrab grab(connection_);
   readPendingMotifReplies();
   readHints();
-  const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
+  const HintValue valueWithBothSets =
+      motifWithFunctionsAndDecorations(motif_.ownersValue(), motifName_);
   if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();

@@ -343,7 +343,7 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   // 6 is the close and miniaturise controls. AppKit cannot remove these controls, because the
   // window manager draws the title bar.
   EXPECT_TRUE(
-      waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
+      waitFor([this] { return reports.contains("remaining controls " + nameOf(window) + " 6"); }));
   // In the free AppKit, not even the owner can change the fixed size.
   [native setContentSize:NSMakeSize(600, 450)];
   EXPECT_TRUE(NSEqualSizes([[native contentView] frame].size, NSMakeSize(400, 300)));
@@ -369,7 +369,7 @@ TEST_F(CocoaWindowTest, RemovingTheControlsDoesNotHideAButtonInTheContent) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_FALSE([button isHidden]);
   EXPECT_TRUE(
-      waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
+      waitFor([this] { return reports.contains("remaining controls " + nameOf(window) + " 6"); }));
   [button setHidden:YES];
   system->releaseWindow(window);
   EXPECT_TRUE([button isHidden]);

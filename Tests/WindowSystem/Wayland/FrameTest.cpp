@@ -167,9 +167,9 @@ TEST_F(WaylandFrame, ShowsTheControlsOfTheStyleMask) {
   const Picture titleBar = weston.picture(titleBarOf(kContent));
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) != titleBar; }));
-  EXPECT_TRUE(waitFor([this] { return reports.count("controls kept") > 0; }));
+  EXPECT_TRUE(waitFor([this] { return reports.count("remaining controls") > 0; }));
   // 0 means that the frame offers no control that the style mask excludes.
-  EXPECT_TRUE(reports.contains("controls kept " + nameOf(window) + " 0"));
+  EXPECT_TRUE(reports.contains("remaining controls " + nameOf(window) + " 0"));
   weston.picture().save("wayland-frame-without-controls");
   system->setStyleMask(window, kAllControls);
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) == titleBar; }));

@@ -255,24 +255,24 @@ TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
 }
 
-// A "controls kept" report names the controls that the window still offers although the style mask
-// excludes them.
+// A "remaining controls" report names the controls that the window still offers although the style
+// mask excludes them.
 TEST_P(WaylandCover, ResizingCanBeDisabledOnlyIfTheHostPassesItsToplevel) {
   ASSERT_TRUE(becomes(kGreen));
   AdoptedWindow window = adopt();
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains("controls kept " + nameOf(window.handle) + " " +
+    return reports.contains("remaining controls " + nameOf(window.handle) + " " +
                             std::to_string(kControls & ~NSWindowStyleMaskResizable));
   }));
   system->setStyleMask(window.handle, window.styleMask);
-  EXPECT_TRUE(
-      waitFor([&] { return reports.contains("controls kept " + nameOf(window.handle) + " 0"); }));
+  EXPECT_TRUE(waitFor(
+      [&] { return reports.contains("remaining controls " + nameOf(window.handle) + " 0"); }));
   system->releaseWindow(window.handle);
   window = adopt(false);
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains("controls kept " + nameOf(window.handle) + " " +
+    return reports.contains("remaining controls " + nameOf(window.handle) + " " +
                             std::to_string(kControls));
   }));
 }

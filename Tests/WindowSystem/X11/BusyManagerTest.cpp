@@ -28,7 +28,7 @@ TEST_F(X11BusyManager, TheControlsAreRestoredEvenIfTheManagerReadsTheHintsLate) 
   const WindowHandle handle = adopt(game).handle;
   system().setScene(handle, whiteScene({640, 400}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  ASSERT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  ASSERT_TRUE(waitFor([&] { return reports.count("remaining controls") > 0; }));
 
   managerProcess.signal(SIGSTOP);
   system().setScene(handle, {});

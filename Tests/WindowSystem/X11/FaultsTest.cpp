@@ -164,12 +164,12 @@ TEST_F(X11Faults, TheRemainingControlsAreReportedAgainUnderANewWindowManager) {
   const WindowHandle handle = openCoveredGame();
   // The style mask excludes all controls, but Metacity still allows resizing (8).
   ASSERT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
+      waitFor([&] { return reports.contains(reportLine("remaining controls", handle) + " 8"); }));
   managerProcess.end();
   startManager(Manager::Openbox);
   // Openbox still allows closing (2) and miniaturising (4).
   EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 6"); }));
+      waitFor([&] { return reports.contains(reportLine("remaining controls", handle) + " 6"); }));
   system().requestFocus(handle);
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);

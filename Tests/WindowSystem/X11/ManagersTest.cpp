@@ -90,7 +90,7 @@ TEST_P(X11Managers, ReplacingTheManagerKeepsTheCoverAndAllowsItsRemoval) {
   openCoveredGame();
   const auto hintsWhileCovered = hints();
   ASSERT_TRUE(waitFor([&] {
-    return reports.contains(reportLine("controls kept", handle) +
+    return reports.contains(reportLine("remaining controls", handle) +
                             remainingControlsSuffix(startsWithMetacity));
   }));
   reports.lines.clear();
@@ -98,7 +98,7 @@ TEST_P(X11Managers, ReplacingTheManagerKeepsTheCoverAndAllowsItsRemoval) {
   const Process newManager =
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains(reportLine("controls kept", handle) +
+    return reports.contains(reportLine("remaining controls", handle) +
                             remainingControlsSuffix(!startsWithMetacity));
   }));
   EXPECT_NE(checkWindow(), checkWindowBefore);
@@ -140,7 +140,7 @@ TEST_F(X11PlainManager, RemainingControlsAreNotReportedIfTheManagerPublishesNoAl
   // The back end waits before it reads the allowed actions.
   EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
-  EXPECT_EQ(reports.count("controls kept"), 0);
+  EXPECT_EQ(reports.count("remaining controls"), 0);
   EXPECT_NE(client.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
 }
 

@@ -43,7 +43,8 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
     // The back end reports which controls the window manager still offers although the style mask
     // excludes them. It does so only if the window manager publishes the allowed actions.
     EXPECT_TRUE(waitFor([&] {
-      return reports.count("controls kept") > 0 || !featuresOf(GetParam()).publishesAllowedActions;
+      return reports.count("remaining controls") > 0 ||
+             !featuresOf(GetParam()).publishesAllowedActions;
     }));
   }
   void uncover() {

@@ -141,7 +141,7 @@ TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
   // 0: the window manager offers only the controls in the style mask.
   EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("controls kept", window) + " 0"); }));
+      waitFor([&] { return reports.contains(reportLine("remaining controls", window) + " 0"); }));
   const auto actions = client.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");
   EXPECT_THAT(actions, testing::Contains("_NET_WM_ACTION_MINIMIZE"));
   EXPECT_THAT(actions, testing::Not(testing::Contains("_NET_WM_ACTION_CLOSE")));

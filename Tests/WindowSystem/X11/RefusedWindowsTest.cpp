@@ -29,7 +29,7 @@ TEST_F(X11RefusedWindows, TheBackEndNoticesTheEndOfTheWindowManagerAfterItRefuse
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   // The style mask excludes the resize control (8), but Metacity still offers it.
   ASSERT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
+      waitFor([&] { return reports.contains(reportLine("remaining controls", handle) + " 8"); }));
   const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
   ASSERT_EQ(checkWindows.size(), 1U);
   EXPECT_THAT(adoptionError(checkWindows.front()),

@@ -80,7 +80,7 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   // After the style mask has changed, the back end reports the controls that the window manager
   // still offers. The report needs a window manager that publishes the allowed actions.
   ASSERT_TRUE(waitFor([this] {
-    return reports.count("controls kept") > 0 ||
+    return reports.count("remaining controls") > 0 ||
            !featuresOf(GetParam().manager).publishesAllowedActions;
   }));
   EXPECT_TRUE(becomesWhite());

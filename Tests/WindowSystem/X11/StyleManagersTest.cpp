@@ -61,7 +61,7 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     // If the window manager does not publish the allowed actions, the back end may send no report.
     EXPECT_TRUE(waitFor([&] {
-      return reports.count("controls kept") > 0 ||
+      return reports.count("remaining controls") > 0 ||
              !featuresOf(GetParam().manager).publishesAllowedActions;
     }));
     deliverFor(kSettlingTime);  // the manager updates the buttons
@@ -193,7 +193,7 @@ TEST_P(X11ControlsUnderManagers, AreRemovedAndRestored) {
   const std::vector<std::string> controlsBefore = findWorkingControls();
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
   cover();
-  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " " +
+  EXPECT_TRUE(reports.contains(reportLine("remaining controls", handle) + " " +
                                std::to_string(GetParam().remainingControls)));
   EXPECT_THAT(findWorkingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
   uncover();
@@ -242,7 +242,7 @@ TEST_P(X11GamesUnderManagers, MaximiseTheirCoveredWindow) {
       GetParam().remainingControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
     return !features.publishesAllowedActions ||
-           reports.contains(reportLine("controls kept", handle) + " " +
+           reports.contains(reportLine("remaining controls", handle) + " " +
                             std::to_string(remainingControls));
   }));
   uncover();

@@ -24,7 +24,8 @@ class X11Style : public X11Test {
 
   /// Returns a `_MOTIF_WM_HINTS` property. Its fields are:
   /// - flags, which name the valid fields: functions 1, decorations 2, input mode 4, status 8
-  /// - functions: resize 2, move 4, minimise 8, maximise 16, close 32, and 1 for all except these
+  /// - functions: resize 2, move 4, minimise 8, maximise 16, close 32. With bit 1, the field lists
+  ///   the functions that the window does not have.
   /// - decorations: border 2, resize handles 4, title 8, menu 16, minimise 32, maximise 64
   /// - input mode
   /// - status
@@ -145,7 +146,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeAShortOverride) {
+TEST_F(X11Style, RestoresHintsThatTheBackEndHadNotReadBeforeTheOverrideEnded) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
@@ -182,8 +183,8 @@ TEST_F(X11Style, DoesNotChangeWmProtocols) {
 TEST_F(X11Style, ReportsNoRemainingControlsWithoutAWindowManager) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " 0"));
+  EXPECT_TRUE(waitFor([&] { return reports.count("remaining controls") > 0; }));
+  EXPECT_TRUE(reports.contains(reportLine("remaining controls", handle) + " 0"));
 }
 
 class X11StyleWithManager : public X11Test {
@@ -194,7 +195,7 @@ class X11StyleWithManager : public X11Test {
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     return game;
   }
-  /// Returns which of the actions close, minimise and resize the window manager allows.
+  /// Returns those of the close, minimise and resize actions that the window manager allows.
   std::vector<std::string> allowedActions(xcb_window_t game) {
     std::vector<std::string> actions = client.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
@@ -211,8 +212,8 @@ TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizin
   ASSERT_EQ(adoptedWindow.styleMask, kAllControls);
   EXPECT_THAT(allowedActions(game), SizeIs(3));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
-  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.contains(reportLine("controls kept", adoptedWindow.handle) + " 8"));
+  EXPECT_TRUE(waitFor([&] { return reports.count("remaining controls") > 0; }));
+  EXPECT_TRUE(reports.contains(reportLine("remaining controls", adoptedWindow.handle) + " 8"));
   EXPECT_THAT(allowedActions(game), ElementsAre("_NET_WM_ACTION_RESIZE"));
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   EXPECT_TRUE(waitFor([&] { return allowedActions(game).size() == 3; }));
@@ -222,11 +223,11 @@ TEST_F(X11StyleWithManager, ReportsTheRemovedControlsThatOpenboxStillOffers) {
   const xcb_window_t game = openManagedGame(Manager::Openbox);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  EXPECT_TRUE(waitFor([&] { return reports.count("remaining controls") > 0; }));
   // Openbox no longer offers resizing, but still offers closing (2) and miniaturising (4).
   EXPECT_THAT(allowedActions(game),
               UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
-  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " 6"));
+  EXPECT_TRUE(reports.contains(reportLine("remaining controls", handle) + " 6"));
 }
 
 }  // namespace
