@@ -149,5 +149,15 @@ TEST_F(AppKitHost, ShowsTheLaunchScreenInASheet) {
   checkLaunchScreenInItsOwnWindow(kSheet, "sheet");
 }
 
+TEST_F(AppKitHost, EndsWhenTheUserClosesItsWindow) {
+  HostProcess host({examplePath("appkit-host"), "-seconds", "1", "-mode", kEmbedded},
+                   server.display());
+  clickWindow();
+  ASSERT_TRUE(eventually([&] { return host.lines().size() == 4; }));
+  client.sendProtocolMessage(hostWindow(), "WM_DELETE_WINDOW");
+  EXPECT_TRUE(eventually([this] { return hostWindow() == 0; }));
+  EXPECT_EQ(host.wait(), 0);
+}
+
 }  // namespace
 }  // namespace vel::test

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -51,12 +52,17 @@ AppKitEnvironment::AppKitEnvironment() {
   }
   folder_ = name;
   setenv("HOME", name.c_str(), 1);
-  // GNUstep ignores HOME when it chooses the folders for the user's settings and services. Only the
-  // file GNUstep.conf can change these folders.
+  // GNUstep ignores HOME when it chooses the folders for the user's settings and services. A
+  // configuration file names these folders. GNUSTEP_USER_CONFIG_FILE would name a file in the
+  // user's home folder that overrides the configuration.
   const std::filesystem::path configuration = folder_ / "GNUstep.conf";
-  std::filesystem::copy_file("/etc/GNUstep/GNUstep.conf", configuration);
-  std::ofstream(configuration, std::ios::app)
-      << "\nGNUSTEP_USER_DEFAULTS_DIR=" << name << "\nGNUSTEP_USER_DIR_LIBRARY=" << name << '\n';
+  std::ifstream installed(VEL_GNUSTEP_CONFIG_FILE);
+  std::ofstream copy(configuration);
+  copy << installed.rdbuf() << "\nGNUSTEP_USER_CONFIG_FILE=''\nGNUSTEP_USER_DEFAULTS_DIR=" << name
+       << "\nGNUSTEP_USER_DIR_LIBRARY=" << name << std::endl;
+  if (!copy) {
+    throw std::runtime_error("cannot copy " VEL_GNUSTEP_CONFIG_FILE);
+  }
   setenv("GNUSTEP_CONFIG_FILE", configuration.c_str(), 1);
   // A GNUstep program starts a daemon. Programs with the same TEMP share one daemon, but tests that
   // run at the same time must not.

@@ -39,13 +39,17 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .reportsLostDisplay = true}),
                          nameOfBackend);
 
-TEST(HeadlessWindowSystemTest, AnInvalidHandleMakesNoWindowModal) {
+TEST(HeadlessWindowSystemTest, AnInvalidHandleDoesNotChangeTheModalWindow) {
   HeadlessWindowSystem system;
-  const WindowHandle closed =
-      system.createWindow({.className = "Any", .title = "closed", .frame = {{}, {10, 10}}});
+  const WindowDescription description{.className = "Any", .title = "", .frame = {{}, {10, 10}}};
+  const WindowHandle closed = system.createWindow(description);
   system.releaseWindow(closed);
   system.setModalWindow(closed);
   EXPECT_EQ(system.modalWindow(), WindowHandle::None);
+  const WindowHandle modal = system.createWindow(description);
+  system.setModalWindow(modal);
+  system.setModalWindow(closed);
+  EXPECT_EQ(system.modalWindow(), modal);
 }
 
 }  // namespace

@@ -190,6 +190,18 @@ TEST_F(X11Modal, AnInvalidHandleMakesNoWindowModal) {
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
+TEST_F(X11Modal, AWindowStaysModalWhenAnInvalidHandleIsSet) {
+  client.selectEvents(game, kButtonEvents);
+  const WindowHandle closed = openModal();
+  system().setModalWindow(openModal());
+  system().releaseWindow(closed);
+  system().setModalWindow(closed);
+  deliver();
+  client.takeEventTypes();
+  client.click(gameAreaInPixels.x + 5, gameAreaInPixels.y + 5);
+  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
+}
+
 TEST_F(X11Modal, TheGameReceivesClicksAgainWhenNoWindowIsModal) {
   client.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
